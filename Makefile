@@ -1,0 +1,39 @@
+# make demo   installs what is missing, builds, renders the showcase to out/
+# make test   installs what is missing, builds, runs every test under a virtual display
+BUILD      ?= build
+ASAN_BUILD ?= build-asan
+JOBS       ?= $(shell nproc)
+CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
+XVFB       := xvfb-run -a -s "-screen 0 1920x1080x24"
+
+.PHONY: all deps configure build test demo check-asan bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh
+
+$(BUILD)/CMakeCache.txt: | deps
+	cmake -S . -B $(BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+configure: deps $(BUILD)/CMakeCache.txt
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	cd $(BUILD) && $(XVFB) ctest --output-on-failure -j $(JOBS)
+
+demo: build
+	scripts/demo.sh $(BUILD) out
+
+check-asan: deps
+	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF
+	cmake --build $(ASAN_BUILD) -j $(JOBS)
+	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 $(XVFB) ctest --output-on-failure -L cpu -j $(JOBS)
+
+bench: build
+	cd $(BUILD) && $(XVFB) ./bin/mvn-bench
+
+clean:
+	rm -rf $(BUILD) $(ASAN_BUILD) out

@@ -1,0 +1,156 @@
+#include "MVNOgreRenderQueue.h"
+
+#include <exception>
+#include <mutex>
+#include <system_error>
+
+#include "AutoLock.h"
+#include "MVNLog.h"
+#include "MVNOgreManager.h"
+#include "MVNOgreRenderable.h"
+#include "MVNRenderThread.h"
+
+namespace Morvane {
+
+static const char* const kTag = "Morvane::MVNOgreRenderQueue";
+
+// The longest the render thread sleeps between looks at the queue. The
+// condition doesn't share the queue's lock, so a signal can be missed; this
+// bound is what picks such an item up.
+static const int kIdleStepMs = 20;
+
+MVNOgreRenderQueue::MVNOgreRenderQueue()
+    : MVNOgreRenderQueue([](MVNOgreRenderable* r) { MVNOgreManager::getSingleton()->recycleRenderable(r); }) {}
+
+MVNOgreRenderQueue::MVNOgreRenderQueue(Recycler recycler) : mRecycler(std::move(recycler)) {}
+
+MVNOgreRenderQueue::~MVNOgreRenderQueue() {
+    if (mRunning) {
+        stop();
+    }
+    _clear();
+    delete mThread;
+}
+
+int MVNOgreRenderQueue::start() {
+    log_info(kTag, "start...");
+    // Unlike a bare flag test, the check sits under the lock, so that two
+    // concurrent starts can't both start the thread.
+    AutoLock guard(mLifecycleLock);
+    if (mRunning) {
+        log_warn(kTag, "is already running");
+        return 0;
+    }
+    if (!mThread) {
+        mThread = new MVNRenderThread(this);
+    }
+    mRunning = true;
+    mThread->start();
+    log_info(kTag, "start done");
+    return 0;
+}
+
+void MVNOgreRenderQueue::stop() {
+    log_info(kTag, "stop...");
+    // Held so that a second stop waits for the first one's join instead of
+    // joining the same thread again.
+    AutoLock guard(mLifecycleLock);
+    if (!mRunning) {
+        log_info(kTag, "not running");
+        return;
+    }
+    mRunning = false;
+    {
+        AutoLock queueGuard(mQueueLock);
+        mCondition.signal();
+    }
+    try {
+        mThread->join();
+    } catch (const std::system_error& e) {
+        // Only a stop from the render thread itself gets here; the loop ends
+        // by itself once this item is done.
+        log_error(kTag, "stop failed to join the render thread: %s", e.what());
+        return;
+    }
+    log_info(kTag, "stop done");
+}
+
+void MVNOgreRenderQueue::addRenderable(MVNOgreRenderable* renderable) {
+    AutoLock guard(mQueueLock);
+    mRenderables.push_back(renderable);
+    ++mPending;
+    mCondition.signal();
+}
+
+void MVNOgreRenderQueue::addRenderableWait(MVNOgreRenderable* renderable) {
+    renderable->setBlock(true);
+    // Taken before the item can run: once run and recycled, a pooled item
+    // may be reset for another caller before this one looks again.
+    unsigned generation = renderable->generation();
+    addRenderable(renderable);
+    renderable->wait(generation);
+}
+
+bool MVNOgreRenderQueue::hasRenderable() const {
+    if (!mRunning) {
+        return false;
+    }
+    return mPending > 0 || mExecuting;
+}
+
+void MVNOgreRenderQueue::runFront() {
+    MVNOgreRenderable* renderable = mRenderables.front();
+    mRenderables.pop_front();
+    mExecuting = true;
+    // A throwing function must neither end the render thread nor strand its
+    // waiter: the error is logged and the item completes all the same.
+    try {
+        renderable->exec();
+    } catch (const std::exception& e) {
+        log_error(kTag, "%s threw: %s", renderable->getName(), e.what());
+    } catch (...) {
+        log_error(kTag, "%s threw an unknown exception", renderable->getName());
+    }
+    renderable->complete();
+    --mPending;
+    mExecuting = false;
+    try {
+        mRecycler(renderable);
+    } catch (const std::exception& e) {
+        log_error(kTag, "recycle of %s failed: %s", renderable->getName(), e.what());
+    }
+}
+
+void MVNOgreRenderQueue::_work() {
+    std::unique_lock<std::mutex> guard(mQueueLock.mutex(), std::defer_lock);
+    while (mRunning) {
+        guard.lock();
+        while (mRenderables.empty() && mRunning) {
+            guard.unlock();
+            mCondition.timedWait(kIdleStepMs);
+            guard.lock();
+        }
+        if (!mRenderables.empty()) {
+            runFront();
+        }
+        guard.unlock();
+    }
+    // Stopping: nothing that was queued is dropped.
+    guard.lock();
+    while (!mRenderables.empty()) {
+        runFront();
+    }
+    guard.unlock();
+}
+
+void MVNOgreRenderQueue::_clear() {
+    AutoLock guard(mQueueLock);
+    while (!mRenderables.empty()) {
+        MVNOgreRenderable* renderable = mRenderables.front();
+        mRenderables.pop_front();
+        --mPending;
+        mRecycler(renderable);
+    }
+}
+
+}  // namespace Morvane

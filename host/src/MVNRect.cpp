@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace Morvane {
 
@@ -51,9 +52,12 @@ bool MVNRect::fromString(const std::string& s) {
     }
     // Project files written by older versions may lack trailing fields; they
     // read as 0 rather than refusing the whole rectangle.
-    float px = 0, py = 0, w = 0, h = 0;
-    std::sscanf(s.c_str(), "[%f:%f %fx%f]", &px, &py, &w, &h);
-    setRect(px, py, w, h);
+    // The width is read up to its 'x' and converted apart: a plain "%f"
+    // would take a width of 0 and the 'x' after it for a hexadecimal number.
+    float px = 0, py = 0, h = 0;
+    char widthText[64] = {0};
+    std::sscanf(s.c_str(), "[%f:%f %63[^x]x%f]", &px, &py, widthText, &h);
+    setRect(px, py, std::strtof(widthText, nullptr), h);
     return true;
 }
 

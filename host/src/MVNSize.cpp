@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace Morvane {
 
@@ -20,9 +21,12 @@ bool MVNSize::fromString(const std::string& s) {
     if (s.empty() || s[0] != '[') {
         return false;
     }
-    float w = 0, h = 0;
-    std::sscanf(s.c_str(), "[%fx%f]", &w, &h);
-    width = w;
+    // The width is read up to its 'x' and converted apart: a plain "%f"
+    // would take a width of 0 and the 'x' after it for a hexadecimal number.
+    float h = 0;
+    char widthText[64] = {0};
+    std::sscanf(s.c_str(), "[%63[^x]x%f]", widthText, &h);
+    width = std::strtof(widthText, nullptr);
     height = h;
     return true;
 }

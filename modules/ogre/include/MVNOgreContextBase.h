@@ -143,6 +143,8 @@ public:
     // Highest of 8 and 4 that the render system offers for "FSAA", else 0;
     // asked once and cached.
     int chooseAntiAliasingLevel();
+    // The choice itself, from the values the render system offers.
+    static int antiAliasingLevelFor(const std::vector<std::string>& possibleValues);
     void _fireInputEvent(const OgreBites::Event& event, unsigned int windowId) const;
     static std::string getDefaultMediaDir();
 

@@ -19,6 +19,9 @@ public:
     int init();
     // Re-fits the bars to the manager's profile and render window.
     void update();
+    // Fits a pw x ph profile into an rw x rh window; bars that aren't
+    // needed are hidden, all of them when the sizes are equal.
+    void update(int pw, int ph, int rw, int rh);
     void setVisible(bool visible);
     void release();
 

@@ -55,11 +55,15 @@ protected:
     // The target to draw and read; the texture's for RTT, the window for
     // direct. Null when there is none.
     virtual Ogre::RenderTarget* target() { return mRenderTarget; }
-    // Message part for a missing target ("renderWin is null" for direct).
     void attachHook(Ogre::RenderTarget* target);
     void detachHook();
     // Copies the target's picture into `dst` (width * height * 4 bytes).
     virtual void copyTarget(Ogre::RenderTarget* target, unsigned char* dst);
+    // The async copy, inside the engine's hook at the end of an update.
+    virtual void copyAfterUpdate(Ogre::RenderTarget* target, unsigned char* dst);
+    // After the async update has been copied: shows the picture where the
+    // target is a window.
+    virtual void finishUpdate(Ogre::RenderTarget* target) {}
 
     Ogre::RenderTarget* mRenderTarget = nullptr;
     std::shared_ptr<Ogre::Texture> mTexture;

@@ -1,30 +1,202 @@
 #include "MVNOgreContext.h"
 
+#include <Ogre.h>
+#include <OgreOverlaySystem.h>
+#include <OgreRTShaderSystem.h>
+#include <sys/stat.h>
+
+#include <cfloat>
+#include <cmath>
+
+#include "MVNByteBuffer.h"
+#include "MVNByteBufferPool.h"
+#include "MVNLog.h"
+#include "MVNOgreRenderReader.h"
+#include "WindowEventUtilities.h"
+
 namespace Morvane {
+
+static const char* TAG = "Morvane::MVNOgreContext";
+
+// Behaviour switches are marker files in the working folder: only their
+// existence counts.
+static bool markerExists(const char* name) {
+    struct stat st;
+    return ::stat(name, &st) == 0;
+}
 
 MVNOgreContext::MVNOgreContext(const std::string& name, int width, int height)
     : MVNOgreContextBase(name, width, height) {}
+
 MVNOgreContext::~MVNOgreContext() = default;
-void MVNOgreContext::setup() {}
-NativeWindowPair MVNOgreContext::createWindow(const char*, int, int, std::map<std::string, std::string>) {
-    return {};
+
+int MVNOgreContext::readerTypeFromMarkers() {
+    int type = MVN_READER_RTT;
+    // Later entries win when several files exist.
+    if (markerExists("read_use_direct")) type = MVN_READER_DIRECT;
+    if (markerExists("read_use_rtt")) type = MVN_READER_RTT;
+    if (markerExists("read_use_rtt_sample")) type = MVN_READER_RTT_SAMPLE;
+    if (markerExists("read_use_gl")) type = MVN_READER_GL;
+    return type;
 }
-void MVNOgreContext::createScene() {}
-void MVNOgreContext::destroyScene() {}
-void MVNOgreContext::shutdown() {}
-void MVNOgreContext::preGetRenderImage() {}
-MVNByteBuffer* MVNOgreContext::getRenderImage() { return nullptr; }
-MVNFrame* MVNOgreContext::getRenderFrame() { return nullptr; }
-bool MVNOgreContext::supportAsync() { return false; }
-void MVNOgreContext::postGetRenderImage() {}
-void MVNOgreContext::updateRenderImage(int) {}
-void MVNOgreContext::updateRenderTime(int) {}
-void MVNOgreContext::registerFrameListener(MVNFrameListener*) {}
-void MVNOgreContext::unregisterFrameListener(MVNFrameListener*) {}
-MVNByteBuffer* MVNOgreContext::getRenderImageWithGLReadPixels() { return nullptr; }
+
+void MVNOgreContext::setup() {
+    log_debug(TAG, "setup...");
+    MVNOgreContextBase::setup();
+    createScene();
+    log_info(TAG, "64bit use rtt read");
+    int type = readerTypeFromMarkers();
+    mRenderReader = MVNOgreRenderReader::create(this, static_cast<MVNOgreRenderReaderType>(type), true);
+    log_debug(TAG, "setup done");
+}
+
+NativeWindowPair MVNOgreContext::createWindow(const char* name, int width, int height,
+                                              std::map<std::string, std::string> options) {
+    Ogre::RenderWindowDescription desc = mRoot->getRenderSystem()->getRenderWindowDescription();
+    for (const auto& kv : desc.miscParams) options.insert(kv);
+    options["hidden"] = markerExists("show_render_window") ? "false" : "true";
+    int fsaa = chooseAntiAliasingLevel();
+    if (fsaa != 0) options["FSAA"] = Ogre::StringConverter::toString(fsaa);
+    desc.miscParams.clear();
+    desc.miscParams.insert(options.begin(), options.end());
+    desc.name = name;
+    if (width > 0 && height > 0) {
+        desc.width = width;
+        desc.height = height;
+    }
+    desc.useFullScreen = _checkFullScreen(width, height);
+    NativeWindowPair pair;
+    pair.render = mRoot->createRenderWindow(desc);
+    mWindows.push_back(pair);
+    return pair;
+}
+
+bool MVNOgreContext::_checkFullScreen(int width, int height) {
+    if (markerExists("not_full_screen")) return false;
+    int screenW = 0;
+    int screenH = 0;
+    if (!WindowEventUtilities::getScreenSize(screenW, screenH)) {
+        // The window can't be made without a display either; the engine
+        // reports that when it tries.
+        return false;
+    }
+    return checkFullScreen(width, height, screenW, screenH);
+}
+
+bool MVNOgreContext::checkFullScreen(int width, int height, int screenW, int screenH) {
+    if (markerExists("not_full_screen")) return false;
+    if (height <= 0 || screenH <= 0) return false;
+    float aspect = static_cast<float>(width) / static_cast<float>(height);
+    if (!(std::fabs(aspect - 1.3333333333333333) < FLT_EPSILON)) return true;
+    if (screenW <= width + static_cast<int>(static_cast<float>(screenW) / screenH * 144)) return true;
+    return screenH <= height + 144;
+}
+
+void MVNOgreContext::createScene() {
+    log_debug(TAG, "createScene");
+    Ogre::RenderWindow* win = getRenderWindow();
+    if (win) win->removeAllViewports();
+    mSceneManager = mRoot->createSceneManager("DefaultSceneManager", "MorvaneScene");
+    mSceneManager->addRenderQueueListener(mOverlaySystem);
+    if (mShaderGenerator) mShaderGenerator->addSceneManager(mSceneManager);
+
+    Ogre::SceneNode* lightNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
+    lightNode->attachObject(mSceneManager->createLight("MorvaneLight"));
+    lightNode->setPosition(0, 0, 10000);
+
+    // One world unit on the plane z = 0 is one pixel of the window: the
+    // camera stands 10000 units away and sees exactly half the height up.
+    mCamera = mSceneManager->createCamera("MorvaneCamera");
+    mCamera->setNearClipDistance(5);
+    mCamera->setFarClipDistance(10000);
+    mCamera->setAutoAspectRatio(true);
+    double halfHeight = mHeight / 2;
+    mCamera->setFOVy(Ogre::Radian(static_cast<float>(2 * std::atan(halfHeight / 10000))));
+    Ogre::SceneNode* camNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
+    camNode->attachObject(mCamera);
+    camNode->setPosition(0, 0, 10000);
+    camNode->lookAt(Ogre::Vector3(0, 0, -1), Ogre::Node::TS_PARENT);
+
+    if (win) {
+        Ogre::Viewport* vp = win->addViewport(mCamera, 0, 0, 0, 1, 1);
+        vp->setAutoUpdated(true);
+        vp->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
+        vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+    }
+    log_debug(TAG, "createScene done ");
+}
+
+void MVNOgreContext::destroyScene() {
+    if (!mSceneManager) return;
+    if (mShaderGenerator) mShaderGenerator->removeSceneManager(mSceneManager);
+    mSceneManager->removeRenderQueueListener(mOverlaySystem);
+    if (getRenderWindow()) getRenderWindow()->removeAllViewports();
+    mRoot->destroySceneManager(mSceneManager);
+    mSceneManager = nullptr;
+    mCamera = nullptr;
+}
+
+void MVNOgreContext::shutdown() {
+    if (mRenderReader) {
+        mRenderReader->release();
+        delete mRenderReader;
+        mRenderReader = nullptr;
+    }
+    destroyScene();
+    MVNOgreContextBase::shutdown();
+}
+
+void MVNOgreContext::preGetRenderImage() {
+    if (mRenderReader) mRenderReader->preGetRenderImage();
+}
+
+MVNByteBuffer* MVNOgreContext::getRenderImage() {
+    return mRenderReader ? mRenderReader->getRenderImage() : nullptr;
+}
+
+MVNFrame* MVNOgreContext::getRenderFrame() { return mRenderReader ? mRenderReader->getRenderFrame() : nullptr; }
+
+bool MVNOgreContext::supportAsync() { return mRenderReader ? mRenderReader->supportAsync() : false; }
+
+void MVNOgreContext::postGetRenderImage() {
+    if (mRenderReader) mRenderReader->postGetRenderImage();
+}
+
+void MVNOgreContext::updateRenderImage(int time) {
+    if (mRenderReader) mRenderReader->updateRenderImage(time);
+}
+
+void MVNOgreContext::updateRenderTime(int time) {
+    if (mRenderReader) mRenderReader->updateRenderTime(time);
+}
+
+void MVNOgreContext::registerFrameListener(MVNFrameListener* listener) {
+    if (mRenderReader) mRenderReader->registerFrameListener(listener);
+}
+
+void MVNOgreContext::unregisterFrameListener(MVNFrameListener* listener) {
+    if (mRenderReader) mRenderReader->unregisterFrameListener(listener);
+}
+
+MVNByteBuffer* MVNOgreContext::getRenderImageWithGLReadPixels() {
+    Ogre::RenderWindow* win = getRenderWindow();
+    if (!win) {
+        log_error(TAG, "renderWin is null");
+        return nullptr;
+    }
+    MVNByteBuffer* buf = MVNByteBufferPool::sAlloc(static_cast<int>(win->getWidth() * win->getHeight() * 4));
+    if (!buf) {
+        log_error(TAG, "getRenderImageWithGLReadPixels failed, alloc buf error");
+        return nullptr;
+    }
+    Ogre::PixelBox pb(win->getWidth(), win->getHeight(), 1, Ogre::PF_BYTE_RGBA, buf->ptr());
+    // The back buffer holds the last drawn picture; the front buffer of a
+    // window can't be read on every display (virtual X servers give zeros).
+    win->copyContentsToMemory(Ogre::Box(0, 0, win->getWidth(), win->getHeight()), pb,
+                              Ogre::RenderTarget::FB_BACK);
+    return buf;
+}
+
 void MVNOgreContext::_destroyWindow(const NativeWindowPair& win) { MVNOgreContextBase::_destroyWindow(win); }
-bool MVNOgreContext::checkFullScreen(int, int, int, int) { return false; }
-int MVNOgreContext::readerTypeFromMarkers() { return 1; }
-bool MVNOgreContext::_checkFullScreen(int, int) { return false; }
 
 }  // namespace Morvane

@@ -1,0 +1,71 @@
+#include "MVNOgreRenderReader.h"
+
+#include <GL/glew.h>
+#include <OgrePixelFormat.h>
+
+#include "MVNLog.h"
+#include "MVNOgreContextBase.h"
+#include "MVNOgreRenderReaderDirect.h"
+#include "MVNOgreRenderReaderGLReadPixels.h"
+#include "MVNOgreRenderReaderRTT.h"
+#include "MVNOgreRenderReaderRTTSample.h"
+
+namespace Morvane {
+
+static const char* TAG = "Morvane::RenderReader";
+
+MVNOgreRenderReader::MVNOgreRenderReader(MVNOgreContextBase* context)
+    : mPixelFormat(Ogre::PF_BYTE_RGBA), mContext(context) {}
+
+MVNOgreRenderReader::~MVNOgreRenderReader() = default;
+
+int MVNOgreRenderReader::init() {
+    log_debug(TAG, "init");
+    mWidth = mContext->getWidth();
+    mHeight = mContext->getHeight();
+    return 0;
+}
+
+bool MVNOgreRenderReader::initGlew() {
+    // Our GLEW is private to the module; its entry points are loaded for the
+    // GL context that is current on the render thread.
+    glewExperimental = GL_TRUE;
+    GLenum err = glewInit();
+    // GLEW 2.2 reports a missing EGL/GLX display this way even when the GL
+    // entry points were found; what the readers need is checked by name.
+    return err == GLEW_OK || (err == GLEW_ERROR_NO_GLX_DISPLAY && glBindFramebuffer != nullptr);
+}
+
+MVNOgreRenderReaderType MVNOgreRenderReader::chooseRenderReaderTypeAuto() {
+    if (!initGlew()) {
+        log_warn(TAG, "Failed to initialize GLEW");
+        return MVN_READER_RTT;
+    }
+    if (!glTexImage2DMultisample) {
+        log_warn(TAG, "glTexImage2DMultisample is null");
+        return MVN_READER_RTT;
+    }
+    return MVN_READER_RTT_SAMPLE;
+}
+
+MVNOgreRenderReader* MVNOgreRenderReader::create(MVNOgreContextBase* context, MVNOgreRenderReaderType type,
+                                                 bool antiAliasing) {
+    if (type == MVN_READER_AUTO) type = chooseRenderReaderTypeAuto();
+    switch (type) {
+        case MVN_READER_RTT_SAMPLE: {
+            MVNOgreRenderReader* reader = MVNOgreRenderReaderRTTSample::create(context, antiAliasing);
+            if (reader) return reader;
+            log_error(TAG, "OgreRenderReaderRTTSample create failed, auto changed to OgreRenderReaderRTT");
+            return MVNOgreRenderReaderRTT::create(context, antiAliasing);
+        }
+        case MVN_READER_DIRECT:
+            return MVNOgreRenderReaderDirect::create(context);
+        case MVN_READER_GL:
+            return MVNOgreRenderReaderGLReadPixels::create(context);
+        case MVN_READER_RTT:
+        default:
+            return MVNOgreRenderReaderRTT::create(context, antiAliasing);
+    }
+}
+
+}  // namespace Morvane

@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <thread>
 
 namespace Morvane {
@@ -20,7 +21,9 @@ public:
 private:
     static void loopFun(Thread11* self);
 
-    std::thread* mThread = nullptr;
+    // Atomic: run() may call join() (an error it is told about) while
+    // start() is still storing the pointer.
+    std::atomic<std::thread*> mThread{nullptr};
 };
 
 }  // namespace Morvane

@@ -87,9 +87,17 @@ FramePtr decodeFirstPicture(AVFormatContext* fmt, AVCodecContext* codec, int ind
     }
 }
 
-bool isFullRangeYuv(AVPixelFormat fmt) {
-    return fmt == AV_PIX_FMT_YUVJ420P || fmt == AV_PIX_FMT_YUVJ422P || fmt == AV_PIX_FMT_YUVJ444P ||
-           fmt == AV_PIX_FMT_YUVJ440P || fmt == AV_PIX_FMT_YUVJ411P;
+// JPEG decoders report full-range "yuvj" formats, which the scaler takes as
+// deprecated: the plain format with the full range set is the same thing.
+AVPixelFormat withoutJRange(AVPixelFormat fmt, bool& fullRange) {
+    switch (fmt) {
+        case AV_PIX_FMT_YUVJ420P: fullRange = true; return AV_PIX_FMT_YUV420P;
+        case AV_PIX_FMT_YUVJ422P: fullRange = true; return AV_PIX_FMT_YUV422P;
+        case AV_PIX_FMT_YUVJ444P: fullRange = true; return AV_PIX_FMT_YUV444P;
+        case AV_PIX_FMT_YUVJ440P: fullRange = true; return AV_PIX_FMT_YUV440P;
+        case AV_PIX_FMT_YUVJ411P: fullRange = true; return AV_PIX_FMT_YUV411P;
+        default: return fmt;
+    }
 }
 
 }  // namespace
@@ -132,7 +140,8 @@ MVNFrame* MVNImage::loadFromFile(const std::string& path, int width, int height)
     }
     const int srcW = picture->width;
     const int srcH = picture->height;
-    const AVPixelFormat srcFmt = static_cast<AVPixelFormat>(picture->format);
+    bool fullRange = picture->color_range == AVCOL_RANGE_JPEG;
+    const AVPixelFormat srcFmt = withoutJRange(static_cast<AVPixelFormat>(picture->format), fullRange);
     if (srcW <= 0 || srcH <= 0) {
         log_error(kTag, "loadFromFile %s failed, empty picture", path.c_str());
         return nullptr;
@@ -162,7 +171,7 @@ MVNFrame* MVNImage::loadFromFile(const std::string& path, int width, int height)
     }
     // JPEG pictures use the full 0-255 range; the scaler assumes video range
     // unless told.
-    if (isFullRangeYuv(srcFmt) || picture->color_range == AVCOL_RANGE_JPEG) {
+    if (fullRange) {
         const int* coefficients = sws_getCoefficients(SWS_CS_DEFAULT);
         sws_setColorspaceDetails(scaler.get(), coefficients, 1, coefficients, 1, 0, 1 << 16, 1 << 16);
     }

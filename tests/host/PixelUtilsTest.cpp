@@ -302,6 +302,19 @@ TEST(Image, OneGivenSideKeepsTheFilesAspect) {
     MVNFrame::pushBackPool(f);
 }
 
+// A JPEG decodes to full-range YUV; read as video range its blue would come
+// out near 220 instead of 204.
+TEST(Image, JpegIsDecodedWithItsFullRange) {
+    MVNFrame* f = MVNImage::loadFromFile(std::string(MVN_TEST_DATA_DIR) + "/host/blue-32x16.jpg", 0, 0);
+    ASSERT_NE(nullptr, f);
+    EXPECT_EQ(32, f->width());
+    EXPECT_EQ(16, f->height());
+    EXPECT_EQ(MVN_COLOR_BGRA, f->colorFormat());
+    std::vector<uint8_t> expected = picture(32, 16, {204, 102, 51, 255}, {204, 102, 51, 255});
+    EXPECT_LE(maxDiff(expected.data(), f->buffer()->ptr(), expected.size()), 4);  // JPEG is lossy
+    MVNFrame::pushBackPool(f);
+}
+
 TEST(Image, MissingFileGivesNullAndLogsWhy) {
     LogCapture log;
     const std::string path = workFile("no-such-picture.png");

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <exception>
 
 #include "MVNLog.h"
@@ -71,7 +73,11 @@ int loadModule(const std::string& path) {
         log_error(kTag, "load module failed, file not found:%s", path.c_str());
         return -1;
     }
-    std::string key = ports::path::abspath(path.c_str());
+    // One key per file, however it was named: links and relative paths
+    // resolve to the same module.
+    std::error_code ec;
+    std::string key = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ec).string();
+    if (ec) key = ports::path::abspath(path.c_str());
     ::dlerror();
     void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {

@@ -170,7 +170,7 @@ TEST_F(OgreManagerQueueOnly, ThrowingCallDoesNotEndTheRenderThread) {
 
 TEST_F(OgreManagerQueueOnly, NotBusyWithoutAContext) {
     EXPECT_FALSE(manager()->isBusy());
-    manager()->callRenderableWait([this]() { EXPECT_FALSE(manager()->isBusy()); }, "busy");
+    manager()->callRenderableWait([]() { EXPECT_FALSE(manager()->isBusy()); }, "busy");
 }
 
 TEST_F(OgreManagerQueueOnly, RenderablesThatAreNotPooledAreDeletedOnRecycle) {

@@ -147,6 +147,8 @@ public:
     static int antiAliasingLevelFor(const std::vector<std::string>& possibleValues);
     void _fireInputEvent(const OgreBites::Event& event, unsigned int windowId) const;
     static std::string getDefaultMediaDir();
+    // Text of an exception that stays valid after the thrower's library is gone.
+    static std::string describe(const std::exception& e);
 
 protected:
     class FrameHooks;
@@ -169,6 +171,14 @@ protected:
     int mHeight = 0;
     int mAntiAliasingLevel = -1;
     std::unique_ptr<FrameHooks> mFrameHooks;
+    // Extra references to the plugin libraries while the root is being
+    // built: a root that fails to build unloads its plugins while the
+    // exception thrown from one of them is still in flight.
+    std::vector<void*> mPluginPins;
+
+private:
+    void pinPlugins(const std::string& pluginsFile);
+    void unpinPlugins();
 };
 
 }  // namespace Morvane

@@ -25,7 +25,7 @@ public:
     void setVisible(bool visible);
     void release();
 
-    // Fits pw x ph into rw x rh keeping the aspect; false for a zero side.
+    // Fits pw x ph into rw x rh keeping the aspect; false for a side of 0.
     static bool adjustSizeFill(int pw, int ph, int rw, int rh, int* fw, int* fh);
 
     MVNOgreCoverBar* topBar() const { return mTopBar; }

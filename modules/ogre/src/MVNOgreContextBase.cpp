@@ -8,6 +8,8 @@
 #include <OgreOverlaySystem.h>
 #include <OgreRTShaderSystem.h>
 
+#include <dlfcn.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -139,19 +141,48 @@ bool MVNOgreContextBase::frameRenderingQueued(const Ogre::FrameEvent& evt) {
 bool MVNOgreContextBase::frameEnded(const Ogre::FrameEvent& evt) { return true; }
 
 int MVNOgreContextBase::initApp() {
+    int result = -1;
     try {
         _preInitApp();
         createRoot();
-        if (!oneTimeConfig()) return -1;
-        if (!mFirstRun) mRoot->setRenderSystem(mRoot->getRenderSystemByName(mNextRenderer));
-        setup();
-        return 0;
+        if (oneTimeConfig()) {
+            if (!mFirstRun) mRoot->setRenderSystem(mRoot->getRenderSystemByName(mNextRenderer));
+            setup();
+            result = 0;
+        }
     } catch (const std::exception& e) {
-        log_error(TAG, "initApp error %s", e.what());
+        log_error(TAG, "initApp error %s", describe(e).c_str());
     } catch (...) {
         log_error(TAG, "initApp error unknown exception");
     }
-    return -1;
+    // Only now, with the exception gone, may a failed root's plugins go.
+    unpinPlugins();
+    return result;
+}
+
+std::string MVNOgreContextBase::describe(const std::exception& e) {
+    // An engine exception's full text names its source file by a pointer
+    // into the plugin that threw it; the description is its own copy.
+    if (const Ogre::Exception* oe = dynamic_cast<const Ogre::Exception*>(&e)) return oe->getDescription();
+    return e.what();
+}
+
+void MVNOgreContextBase::pinPlugins(const std::string& pluginsFile) {
+    if (!Ogre::FileSystemLayer::fileExists(pluginsFile)) return;
+    Ogre::ConfigFile cf;
+    cf.load(pluginsFile);
+    std::string folder = cf.getSetting("PluginFolder");
+    if (!folder.empty() && folder.back() != '/') folder += '/';
+    for (const std::string& name : cf.getMultiSetting("Plugin")) {
+        std::string path = folder + name;
+        if (!Ogre::StringUtil::endsWith(path, ".so")) path += ".so";
+        if (void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) mPluginPins.push_back(handle);
+    }
+}
+
+void MVNOgreContextBase::unpinPlugins() {
+    for (void* handle : mPluginPins) ::dlclose(handle);
+    mPluginPins.clear();
 }
 
 void MVNOgreContextBase::createRoot() {
@@ -166,6 +197,7 @@ void MVNOgreContextBase::createRoot() {
         Ogre::LogManager* logs = new Ogre::LogManager();
         logs->createLog("render.log", true, false, false);
     }
+    pinPlugins(pluginsPath);
     mRoot = new Ogre::Root(pluginsPath, mFSLayer->getWritablePath("ogre.cfg"), "render.log");
     mOverlaySystem = new Ogre::OverlaySystem();
 }

@@ -23,6 +23,8 @@ int MVNOgreCoverLayer::init() {
 }
 
 bool MVNOgreCoverLayer::adjustSizeFill(int pw, int ph, int rw, int rh, int* fw, int* fh) {
+    // A profile or window without area can't be fitted either way.
+    if (pw <= 0 || ph <= 0 || rw <= 0 || rh <= 0) return false;
     // Integer arithmetic throughout, in 64 bits so that large sizes can't overflow.
     if (static_cast<long long>(ph) * rw < static_cast<long long>(pw) * rh) {
         if (pw == 0) return false;

@@ -107,6 +107,10 @@ MVNByteBuffer* MVNOgreRenderReaderRTTSample::getRenderImage() {
         log_error(TAG, "getRenderImage failed, %s", e.what());
         return nullptr;
     }
+    // The engine caches which frame buffer it left bound by the update just
+    // made; that binding, not the one from before the update, is what
+    // postGetRenderImage must put back, or the next update draws elsewhere.
+    preGetRenderImage();
     bindFramebuffer(mFbo);
     glReadBuffer(GL_COLOR_ATTACHMENT0);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, mPbo);

@@ -192,7 +192,7 @@ private:
     bool mAudioConverter = false;
     MVNProducerType mType = MVN_PRODUCER_NONE;
     std::atomic<int> mPosition{0};
-    // Guards the group, decoder, transitions and texture-node bookkeeping.
+    // Guards the group, decoder, transitions and the render texture.
     mutable std::recursive_mutex mStateLock;
 };
 

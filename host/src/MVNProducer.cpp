@@ -57,7 +57,10 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
     if (key == nullptr) return;
     if (std::strcmp(key, "geometry") == 0) {
         MVNRect rect = getGeometry();
-        if (mRenderTexture != nullptr) mRenderTexture->setGeometry(_effectiveGeometry());
+        {
+            std::lock_guard<std::recursive_mutex> node(mStateLock);
+            if (mRenderTexture != nullptr) mRenderTexture->setGeometry(_effectiveGeometry());
+        }
         {
             std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
             for (MVNFilter* f : mVideoFilters) f->setGeometry(rect);
@@ -65,7 +68,10 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
         _OnGeometryChanged(rect);
     } else if (std::strcmp(key, "anim") == 0) {
         int anim = getAnimation();
-        if (mRenderTexture != nullptr) mRenderTexture->setAnimation(anim);
+        {
+            std::lock_guard<std::recursive_mutex> node(mStateLock);
+            if (mRenderTexture != nullptr) mRenderTexture->setAnimation(anim);
+        }
         {
             std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
             for (MVNFilter* f : mVideoFilters) f->_OnAnimationChanged(anim);
@@ -73,7 +79,10 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
         _OnAnimationChanged(anim);
     } else if (std::strcmp(key, "rotation") == 0) {
         int rotation = getInt32("rotation", -1);
-        if (mRenderTexture != nullptr && rotation != -1) mRenderTexture->setRotation(rotation);
+        {
+            std::lock_guard<std::recursive_mutex> node(mStateLock);
+            if (mRenderTexture != nullptr && rotation != -1) mRenderTexture->setRotation(rotation);
+        }
         {
             std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
             for (MVNFilter* f : mVideoFilters) f->_OnRotationChanged(rotation);
@@ -81,7 +90,10 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
         _OnRotationChanged(rotation);
     } else if (std::strcmp(key, "visible") == 0) {
         bool visible = isVisible();
-        if (mRenderTexture != nullptr) mRenderTexture->setVisible(visible);
+        {
+            std::lock_guard<std::recursive_mutex> node(mStateLock);
+            if (mRenderTexture != nullptr) mRenderTexture->setVisible(visible);
+        }
         {
             std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
             for (MVNFilter* f : mVideoFilters) f->_OnVisibleChanged(visible);
@@ -89,7 +101,10 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
         _OnVisibleChanged(visible);
     } else if (std::strcmp(key, "zOrder") == 0) {
         int zOrder = getInt32("zOrder", 0);
-        if (mRenderTexture != nullptr) mRenderTexture->setZOrder(zOrder);
+        {
+            std::lock_guard<std::recursive_mutex> node(mStateLock);
+            if (mRenderTexture != nullptr) mRenderTexture->setZOrder(zOrder);
+        }
         std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
         for (MVNFilter* f : mVideoFilters) f->setInt32("_zOrder", zOrder);
     }
@@ -130,6 +145,9 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
         if (!mVideoFiltersCPU.empty()) f = _runChain(mVideoFiltersCPU, position, f);
         if (!mVideoFilters.empty()) f = _runChain(mVideoFilters, position, f);
     }
+    // The texture may be rebuilt by another thread (a change of group); it
+    // is only touched under the state lock.
+    std::lock_guard<std::recursive_mutex> node(mStateLock);
     if (mRenderTexture != nullptr) {
         if (mNodeHidden.exchange(false) && isVisible()) mRenderTexture->setVisible(true);
         MVNByteBuffer* buffer = f->buffer();
@@ -158,6 +176,7 @@ int MVNProducer::getAudio(int position, void* converter, MVNFrame** frame) {
 }
 
 void MVNProducer::resetRender(int position) {
+    std::lock_guard<std::recursive_mutex> node(mStateLock);
     if (mRenderTexture != nullptr && !mNodeHidden.exchange(true)) mRenderTexture->setVisible(false);
 }
 

@@ -741,11 +741,16 @@ int FFmpegDecoderImpl::_SeekPreKeyFrame(double time) {
             return -1;
         }
         if (av_read_frame(fmt_ctx_, pkt) < 0) {
-            // No key packet after the landing place: start decoding there.
-            res = av_seek_frame(fmt_ctx_, video_stream_idx_, position, AVSEEK_FLAG_BACKWARD) < 0 ? -1 : 0;
-            break;
-        }
-        if (pkt->stream_index == video_stream_idx_ && (pkt->flags & AV_PKT_FLAG_KEY)) {
+            // No key packet up to the end: the demuxer landed after the
+            // last key frame, which is an overshoot like any other.
+            if (t0 <= first) {
+                res = av_seek_frame(fmt_ctx_, video_stream_idx_, base, AVSEEK_FLAG_BACKWARD) < 0 ? -1 : 0;
+                break;
+            }
+            ++attempt;
+            position = std::max(first, base - (attempt - 1) * keyint_pts_);
+            av_seek_frame(fmt_ctx_, video_stream_idx_, position, AVSEEK_FLAG_BACKWARD);
+        } else if (pkt->stream_index == video_stream_idx_ && (pkt->flags & AV_PKT_FLAG_KEY)) {
             const int64_t p = _GetPts(pkt->pts, pkt->dts);
             const double s = p * tb;
             if (p <= base || std::fabs(s - time) < _KeyTolerance()) {

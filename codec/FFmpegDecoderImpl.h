@@ -72,6 +72,9 @@ public:
     const KeyInfo* GetKeyInfo() const { return key_info_.get(); }
     // The AVPixelFormat of the pictures handed out.
     int OutputPixelFormat() const { return pix_fmt_; }
+    // The AVSampleFormat and channel count of the audio handed out.
+    int OutputSampleFormat() const { return audio_converter_.OutputFormat(); }
+    int OutputChannels() const { return audio_converter_.OutputChannels(); }
 
 protected:
     friend class StreamScanner;

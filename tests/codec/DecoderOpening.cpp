@@ -1,0 +1,164 @@
+// Opening: what GetMediaInfo tells for each kind of file, and the exact
+// complaints for files that are not media.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "FFmpegDecoderImpl.h"
+#include "FFmpegDecoderImplAsync.h"
+#include "LogCapture.h"
+#include "TestMedia.h"
+
+using codec::FFmpegDecoderImpl;
+using codec::FFmpegDecoderImplAsync;
+using codec::MediaInfo;
+using CodecTest::MediaPath;
+using Morvane::MVNLogLevel;
+using MorvaneTest::LogCapture;
+
+namespace {
+const char* kTag = "codec::FFmpegDecoderImpl";
+// AVPixelFormat of yuv420p; the tests need no FFmpeg header for one number.
+constexpr int kYuv420p = 0;
+}
+
+struct OpenCase {
+    const char* file;
+    bool video, audio;
+    int width, height, outWidth, outHeight;
+    float fps;
+    double rotation;
+    int channels, sampleRate;
+    double duration;
+};
+
+class DecoderOpening : public ::testing::TestWithParam<OpenCase> {};
+
+TEST_P(DecoderOpening, TellsTheStreamsOfTheFile) {
+    const OpenCase& c = GetParam();
+    FFmpegDecoderImplAsync decoder(MediaPath(c.file).c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    MediaInfo info;
+    ASSERT_EQ(0, decoder.GetMediaInfo(&info));
+    EXPECT_EQ(c.video, info.has_video);
+    EXPECT_EQ(c.audio, info.has_audio);
+    EXPECT_EQ(c.width, info.width);
+    EXPECT_EQ(c.height, info.height);
+    EXPECT_EQ(c.outWidth, decoder.GetOutputWidth());
+    EXPECT_EQ(c.outHeight, decoder.GetOutputHeight());
+    EXPECT_FLOAT_EQ(c.fps, info.fps);
+    EXPECT_DOUBLE_EQ(c.rotation, info.rotation);
+    EXPECT_EQ(c.channels, info.channels);
+    EXPECT_EQ(c.sampleRate, info.sample_rate);
+    EXPECT_NEAR(c.duration, info.duration, 0.1);
+    if (c.video) {
+        EXPECT_EQ(kYuv420p, info.color_format);
+        EXPECT_EQ("yuv420p", info.pixel_format);
+        EXPECT_EQ(c.outWidth * c.outHeight * 3 / 2, decoder.GetFrameBufferSize());
+    }
+    if (c.audio) {
+        EXPECT_EQ(3, info.sample_format);  // AV_SAMPLE_FMT_FLT
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, DecoderOpening,
+    ::testing::Values(OpenCase{"gop12.mp4", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
+                      OpenCase{"single_key.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
+                      OpenCase{"bframes.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
+                      OpenCase{"gop12.ts", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
+                      OpenCase{"noindex.mkv", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
+                      OpenCase{"vfr.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
+                      OpenCase{"anamorphic.mp4", true, false, 64, 48, 64, 36, 25, 0, 0, 0, 1.0},
+                      // A display matrix turning -90 degrees (counter-clockwise) asks to
+                      // show the picture turned 90 degrees clockwise, and +90 gives 270.
+                      OpenCase{"matrix_minus90.mp4", true, false, 64, 48, 64, 48, 25, 90, 0, 0, 3.0},
+                      OpenCase{"matrix_plus90.mp4", true, false, 64, 48, 64, 48, 25, 270, 0, 0, 3.0},
+                      OpenCase{"rotated_tag.mkv", true, false, 64, 48, 64, 48, 25, 90, 0, 0, 3.0},
+                      OpenCase{"sizechange.ts", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 4.0},
+                      OpenCase{"tone_mono.mp3", false, true, 0, 0, 0, 0, 0, 0, 1, 44100, 2.0},
+                      OpenCase{"tone_s16.wav", false, true, 0, 0, 0, 0, 0, 0, 2, 48000, 2.0},
+                      OpenCase{"tone_6ch.m4a", false, true, 0, 0, 0, 0, 0, 0, 6, 48000, 2.0},
+                      OpenCase{"tone.ogg", false, true, 0, 0, 0, 0, 0, 0, 2, 44100, 2.0},
+                      OpenCase{"cover.mp3", false, true, 0, 0, 0, 0, 0, 0, 1, 44100, 2.0}),
+    [](const ::testing::TestParamInfo<OpenCase>& info) {
+        std::string name = info.param.file;
+        for (char& ch : name)
+            if (!isalnum(static_cast<unsigned char>(ch)))
+                ch = '_';
+        return name;
+    });
+
+TEST(DecoderOpeningFailures, ANonMediaFileIsRefusedWithItsPath) {
+    LogCapture log;
+    const std::string path = MediaPath("notmedia.mp4");
+    FFmpegDecoderImpl decoder(path.c_str());
+    EXPECT_EQ(-1, decoder.Init());
+    EXPECT_FALSE(decoder.IsInited());
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "Could not open source file " + path + ", exists:1"));
+}
+
+TEST(DecoderOpeningFailures, AMissingFileSaysItDoesNotExist) {
+    LogCapture log;
+    FFmpegDecoderImpl decoder("no-such-film.mp4");
+    EXPECT_EQ(-1, decoder.Init());
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "Could not open source file no-such-film.mp4, exists:0"));
+    // Released and opened again: the same answer, nothing left over.
+    decoder.Release();
+    EXPECT_EQ(-1, decoder.Init());
+}
+
+TEST(DecoderOpeningLogs, TellsTheSequenceOfAnOpen) {
+    LogCapture log;
+    FFmpegDecoderImpl decoder(MediaPath("gop12.mp4").c_str());
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "=====Init====="));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "video time_base(1/12800)"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "audio time_base(1/44100)"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "seekable:1"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "has_video:1, has_audio:1"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Info, kTag, "origin size:64x48 outsize:64x48, rotation:0.000000"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "audio sample format is fltp, convert it to flt "));
+    EXPECT_TRUE(log.has(MVNLogLevel::Info, kTag, "use send/receive frame api"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "=====Init done====="));
+    EXPECT_EQ(0, decoder.Init());
+    EXPECT_EQ(1, log.count(MVNLogLevel::Debug, kTag, "=====Init done====="));
+    decoder.Release();
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "=====Release done====="));
+}
+
+TEST(DecoderOpeningLogs, AnAudioExtensionKeepsTheCoverArtOutOfTheVideo) {
+    LogCapture log;
+    FFmpegDecoderImpl decoder(MediaPath("cover.mp3").c_str());
+    ASSERT_EQ(0, decoder.Init());
+    MediaInfo info;
+    decoder.GetMediaInfo(&info);
+    EXPECT_FALSE(info.has_video);
+    EXPECT_EQ(0.0f, info.fps);
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "has_video:0, has_audio:1"));
+    EXPECT_EQ(0, log.countContaining("Could not find video stream"));
+}
+
+TEST(DecoderOpeningLogs, AnamorphicPicturesAreScaledToTheirShape) {
+    LogCapture log;
+    FFmpegDecoderImpl decoder(MediaPath("anamorphic.mp4").c_str());
+    ASSERT_EQ(0, decoder.Init());
+    MediaInfo info;
+    decoder.GetMediaInfo(&info);
+    EXPECT_NEAR(16.0 / 9, info.dar, 1e-5);
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "sws 1"));
+    EXPECT_EQ(64 * 36 * 3 / 2, decoder.GetFrameBufferSize());
+}
+
+TEST(DecoderOpeningLogs, LimitsScaleThePicturesDownEvenly) {
+    FFmpegDecoderImplAsync decoder(MediaPath("gop12.mp4").c_str(), 30, 30, true, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_EQ(30, decoder.GetOutputWidth());
+    EXPECT_EQ(22, decoder.GetOutputHeight());
+    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
+    int size = static_cast<int>(picture.size());
+    int kind = 0;
+    double time = 0;
+    ASSERT_EQ(0, decoder.NextVideo(1.2, picture.data(), &size, &kind, &time));
+    EXPECT_EQ(30, CodecTest::FrameNumberFromLuma(picture.data(), 30, 22));
+}

@@ -120,6 +120,7 @@ public:
 
     Ogre::Root* getRoot() { return mRoot; }
     Ogre::RenderWindow* getRenderWindow();
+    const std::vector<NativeWindowPair>& getWindows() const { return mWindows; }
     Ogre::OverlaySystem* getOverlaySystem() { return mOverlaySystem; }
     Ogre::FileSystemLayer& getFSLayer() { return *mFSLayer; }
     // Size asked for at construction; the readers read pictures of this size.

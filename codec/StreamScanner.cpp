@@ -126,7 +126,8 @@ void StreamScanner::FindKeyint() {
     }
     const int entries = index ? index->Count() : 0;
     if (entries < keys) {
-        log_debug(kTag, "index_entries %d more than %d, please use traverse", entries, keys);
+        // Key frames seen, then entries of the index.
+        log_debug(kTag, "index_entries %d more than %d, please use traverse", keys, entries);
         d.key_load_mode_ = 2;
     }
     if (shortSteps > 3) {

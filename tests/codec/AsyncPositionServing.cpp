@@ -1,0 +1,216 @@
+// The async decoder serves pictures by position: near steps ahead decode on,
+// near steps back keep the picture on screen, far steps seek; a seek's
+// picture waits in the pool's frame until asked for.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+#include "FFmpegDecoderImplAsync.h"
+#include "FramePool.h"
+#include "LogCapture.h"
+#include "TestMedia.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+using codec::FFmpegDecoderImplAsync;
+using codec::FramePool;
+using CodecTest::FrameNumberFromLuma;
+using CodecTest::MediaPath;
+using Morvane::MVNLogLevel;
+using MorvaneTest::LogCapture;
+
+namespace {
+
+const char* kTag = "codec::FFmpegDecoderImplAsync";
+
+// One decoder of gop12.mp4 (125 pictures at 25 fps) and a picture buffer.
+struct Player {
+    explicit Player(const char* file = "gop12.mp4")
+        : decoder(MediaPath(file).c_str(), 0, 0, false, 0, -1, false) {
+        ok = decoder.Init() == 0;
+        picture.resize(static_cast<size_t>(decoder.GetFrameBufferSize()));
+    }
+    // Asks for frame n; returns the result and leaves the frame shown in `shown`.
+    int Ask(double time) {
+        int size = static_cast<int>(picture.size());
+        int kind = 0;
+        int ret = decoder.NextVideo(time, picture.data(), &size, &kind, &lastTime);
+        if (ret == 0)
+            shown = FrameNumberFromLuma(picture.data(), 64, 48);
+        return ret;
+    }
+    int Frame(int n) { return Ask(n / 25.0); }
+
+    FFmpegDecoderImplAsync decoder;
+    bool ok = false;
+    std::vector<uint8_t> picture;
+    double lastTime = -1;
+    int shown = -1;
+};
+
+// Chatty lines of the position logic appear only with this marker file.
+class DebugCodecMarker {
+public:
+    DebugCodecMarker() { CodecTest::WriteText("enable_debug_codec", ""); }
+    ~DebugCodecMarker() { std::remove("enable_debug_codec"); }
+};
+
+}  // namespace
+
+struct StepCase {
+    const char* name;
+    int request;     // frame asked for after frame 100 was shown
+    int result;      // 0: a picture, 2: the shown one stands
+    int shown;       // frame on screen afterwards
+    const char* line;  // the position logic's log line
+};
+
+class AsyncPositionSteps : public ::testing::TestWithParam<StepCase> {};
+
+TEST_P(AsyncPositionSteps, FollowTheTenFrameRule) {
+    const StepCase& c = GetParam();
+    DebugCodecMarker marker;
+    Player player;
+    ASSERT_TRUE(player.ok);
+    ASSERT_EQ(0, player.Frame(100));
+    ASSERT_EQ(100, player.shown);
+    LogCapture log;
+    EXPECT_EQ(c.result, player.Frame(c.request));
+    EXPECT_EQ(c.shown, player.shown);
+    if (c.line) {
+        EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, c.line)) << c.line;
+    } else {
+        EXPECT_EQ(0, log.countContaining("fire seek video"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FromFrame100, AsyncPositionSteps,
+    ::testing::Values(StepCase{"FiveAheadDecodesOn", 105, 0, 105, nullptr},
+                      StepCase{"TenAheadDecodesOn", 110, 0, 110, nullptr},
+                      StepCase{"ElevenAheadSeeks", 111, 0, 111, "fire seek video req_position:111,last_position:100 "},
+                      StepCase{"FiveBackKeepsThePicture", 95, 2, 100, "discard frame req_position:95,last_position:100"},
+                      StepCase{"TenBackKeepsThePicture", 90, 2, 100, "discard frame req_position:90,last_position:100"},
+                      StepCase{"ElevenBackSeeks", 89, 0, 89, "fire seek video req_position:89,last_position:100 "},
+                      StepCase{"SameFrameStands", 100, 2, 100, "not need decode req_position:100,last_position:100"}),
+    [](const ::testing::TestParamInfo<StepCase>& info) { return std::string(info.param.name); });
+
+TEST(AsyncPositionServing, ASeekDecodesIntoAPoolFrameThatTheNextRequestReturns) {
+    FramePool::Instance().Clear();
+    Player player;
+    ASSERT_TRUE(player.ok);
+    LogCapture log;
+    ASSERT_EQ(0, player.decoder.SeekVideo(2.0));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "_SeekNoKeyFrame 2.000000, cached_frame:2.000000"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "_SeekVideo time:2.000000 res=0"));
+    const int freeBefore = FramePool::Instance().FreeCount(FramePool::kVideoSide);
+    ASSERT_EQ(0, player.Frame(50));
+    EXPECT_EQ(50, player.shown);
+    EXPECT_DOUBLE_EQ(2.0, player.lastTime);
+    // The cached picture went back to the pool and nothing was decoded.
+    EXPECT_EQ(freeBefore + 1, FramePool::Instance().FreeCount(FramePool::kVideoSide));
+    EXPECT_EQ(0, log.countContaining("avcodec_receive_frame"));
+    // Asked again: it stands.
+    EXPECT_EQ(2, player.Frame(50));
+}
+
+TEST(AsyncPositionServing, ANegativeTimeGivesTheNextPicture) {
+    Player player;
+    ASSERT_TRUE(player.ok);
+    for (int n = 0; n < 5; ++n) {
+        ASSERT_EQ(0, player.Ask(-1));
+        EXPECT_EQ(n, player.shown);
+    }
+    ASSERT_EQ(0, player.Frame(80));
+    ASSERT_EQ(0, player.Ask(-1));
+    EXPECT_EQ(81, player.shown);
+    EXPECT_NEAR(81 / 25.0, player.lastTime, 1e-9);
+}
+
+TEST(AsyncPositionServing, TheEndOfTheClipIsTheEndOfStream) {
+    Player player;
+    ASSERT_TRUE(player.ok);
+    ASSERT_EQ(0, player.Frame(122));
+    ASSERT_EQ(0, player.Ask(-1));
+    ASSERT_EQ(0, player.Ask(-1));
+    EXPECT_EQ(124, player.shown);
+    EXPECT_EQ(-2, player.Ask(-1));
+    // A seekable file plays on after a seek back.
+    ASSERT_EQ(0, player.Frame(10));
+    EXPECT_EQ(10, player.shown);
+}
+
+TEST(AsyncPositionServing, NextFrameIsRefused) {
+    LogCapture log;
+    Player player;
+    ASSERT_TRUE(player.ok);
+    int size = static_cast<int>(player.picture.size());
+    int kind = 0;
+    double time = 0;
+    EXPECT_EQ(-1, player.decoder.NextFrame(player.picture.data(), &size, &kind, &time));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "NextFrame Unusable"));
+}
+
+TEST(AsyncPositionServing, AFileWithoutVideoRefusesPictures) {
+    LogCapture log;
+    Player player("tone_s16.wav");
+    ASSERT_TRUE(player.ok);
+    EXPECT_EQ(-1, player.Ask(0.5));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "no video stream"));
+    EXPECT_EQ(-1, player.decoder.SeekVideo(0.5));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "video stream not exists, not support seek video"));
+}
+
+TEST(AsyncPositionServing, TwoThreadsEachGetThePictureTheyAskedFor) {
+    FFmpegDecoderImplAsync decoder(MediaPath("gop12.mp4").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    std::atomic<int> served{0};
+    std::atomic<int> wrong{0};
+    auto worker = [&](int offset) {
+        std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
+        for (int i = 0; i < 30; ++i) {
+            const int n = (offset + i * 37) % 125;
+            int size = static_cast<int>(picture.size());
+            int kind = 0;
+            double time = -1;
+            int ret = decoder.NextVideo(n / 25.0, picture.data(), &size, &kind, &time);
+            if (ret != 0)
+                continue;  // 2: the other thread's picture stands, by design
+            ++served;
+            if (FrameNumberFromLuma(picture.data(), 64, 48) != n || std::abs(time - n / 25.0) > 1e-6)
+                ++wrong;
+        }
+    };
+    std::thread a(worker, 0);
+    std::thread b(worker, 61);
+    a.join();
+    b.join();
+    EXPECT_EQ(0, wrong.load());
+    EXPECT_GT(served.load(), 30);
+}
+
+// Reaches into the decoder to make it swallow every packet without output.
+class SilentDecoder : public FFmpegDecoderImplAsync {
+public:
+    using FFmpegDecoderImplAsync::FFmpegDecoderImplAsync;
+    void DiscardAllPictures() { video_dec_ctx_->skip_frame = AVDISCARD_ALL; }
+};
+
+TEST(AsyncPositionServing, ADecoderThatNeverAnswersEndsTheCallAfterAHundredTries) {
+    SilentDecoder decoder(MediaPath("gop12.mp4").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    decoder.DiscardAllPictures();
+    LogCapture log;
+    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
+    int size = static_cast<int>(picture.size());
+    int kind = 0;
+    double time = 0;
+    EXPECT_EQ(-1, decoder.NextVideo(-1, picture.data(), &size, &kind, &time));
+    EXPECT_EQ(1, log.count(MVNLogLevel::Error, kTag, "get eagain too many times"));
+    EXPECT_EQ(1, log.count(MVNLogLevel::Warn, kTag, "decode video timeout"));
+}

@@ -1,0 +1,232 @@
+// Audio comes out whole: every sample of the file once, in the client's
+// format, whatever the source's format, channel count or the buffer size.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "FFmpegDecoderImplAsync.h"
+#include "LogCapture.h"
+#include "TestMedia.h"
+
+using codec::FFmpegDecoderImplAsync;
+using CodecTest::MediaPath;
+using Morvane::MVNLogLevel;
+using MorvaneTest::LogCapture;
+
+namespace {
+
+const char* kTag = "codec::FFmpegDecoderImplAsync";
+// AVSampleFormat numbers, so that the test needs no FFmpeg header.
+const int kS16 = 1, kFlt = 3, kFltp = 8;
+
+struct Decoded {
+    int result = 0;  // the last NextAudio result
+    int calls = 0;
+    long long samples = 0;
+    std::vector<uint8_t> bytes;
+    std::vector<double> times;
+};
+
+Decoded DecodeAll(FFmpegDecoderImplAsync& decoder, int bufferSize) {
+    Decoded out;
+    std::vector<uint8_t> block(static_cast<size_t>(bufferSize));
+    for (;;) {
+        int size = bufferSize;
+        int samples = 0;
+        double time = -1;
+        out.result = decoder.NextAudio(0, block.data(), &size, &samples, &time);
+        if (out.result != 0)
+            break;
+        ++out.calls;
+        out.samples += samples;
+        out.times.push_back(time);
+        out.bytes.insert(out.bytes.end(), block.begin(), block.begin() + size);
+    }
+    return out;
+}
+
+// Bytes that Debian's ffmpeg decodes from the file as stereo floats.
+long long ReferenceBytes(const std::string& path) {
+    std::string out;
+    CodecTest::RunCommand("ffmpeg -v error -nostdin -i '" + path + "' -map 0:a -f f32le -ac 2 - | wc -c", &out);
+    return std::atoll(out.c_str());
+}
+
+float SampleAt(const std::vector<uint8_t>& bytes, size_t index) {
+    float v;
+    std::memcpy(&v, bytes.data() + index * sizeof(float), sizeof v);
+    return v;
+}
+
+}  // namespace
+
+class AudioByteCounts : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(AudioByteCounts, MatchWhatFfmpegDecodes) {
+    const std::string path = MediaPath(GetParam());
+    FFmpegDecoderImplAsync decoder(path.c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    Decoded all = DecodeAll(decoder, 192000);
+    EXPECT_EQ(-2, all.result);
+    EXPECT_EQ(ReferenceBytes(path), static_cast<long long>(all.bytes.size()));
+    EXPECT_EQ(all.samples * 8, static_cast<long long>(all.bytes.size()));
+    // Times grow with the samples handed out.
+    for (size_t i = 1; i < all.times.size(); ++i)
+        EXPECT_GT(all.times[i], all.times[i - 1]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, AudioByteCounts,
+                         ::testing::Values("tone_mono.mp3", "tone_s16.wav", "tone_f32.wav", "tone_6ch.m4a",
+                                           "tone.ogg", "cover.mp3", "gop12.mp4"),
+                         [](const ::testing::TestParamInfo<const char*>& info) {
+                             std::string name = info.param;
+                             for (char& ch : name)
+                                 if (!isalnum(static_cast<unsigned char>(ch)))
+                                     ch = '_';
+                             return name;
+                         });
+
+struct FormatCase {
+    const char* name;
+    int format;
+    int bytesPerSample;
+};
+
+class AudioTargetFormats : public ::testing::TestWithParam<FormatCase> {};
+
+TEST_P(AudioTargetFormats, GiveTwoSeconds) {
+    // 2 s at 48 kHz of a mono tone copied to both channels.
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_s16.wav").c_str(), 0, 0, false, 0, -1, false);
+    decoder.SetAudioSampleFormat(GetParam().format);
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_EQ(GetParam().format, decoder.OutputSampleFormat());
+    EXPECT_EQ(2, decoder.OutputChannels());
+    Decoded all = DecodeAll(decoder, 192000);
+    EXPECT_EQ(96000, all.samples);
+    EXPECT_EQ(96000LL * 2 * GetParam().bytesPerSample, static_cast<long long>(all.bytes.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, AudioTargetFormats,
+                         ::testing::Values(FormatCase{"Float", kFlt, 4}, FormatCase{"Short", kS16, 2},
+                                           FormatCase{"PlanarFloat", kFltp, 4}),
+                         [](const ::testing::TestParamInfo<FormatCase>& info) { return std::string(info.param.name); });
+
+TEST(AudioDecoding, MatchingFormatsAreCopiedWithEveryChannel) {
+    // Stereo floats need no conversion: both channels of every sample come out.
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_f32.wav").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_EQ(0, log.countContaining("convert it to"));
+    Decoded all = DecodeAll(decoder, 192000);
+    ASSERT_EQ(88200u * 2 * 4, all.bytes.size());
+    float peak = 0;
+    for (size_t i = 0; i < 88200; ++i) {
+        ASSERT_EQ(SampleAt(all.bytes, 2 * i), SampleAt(all.bytes, 2 * i + 1));
+        peak = std::max(peak, std::fabs(SampleAt(all.bytes, 2 * i)));
+    }
+    // The sine source's amplitude of 1/8, spread from mono onto two channels.
+    EXPECT_NEAR(0.125 * std::sqrt(0.5), peak, 0.002);
+}
+
+TEST(AudioDecoding, PlanarOutputKeepsEachBlocksPlanesWhole) {
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_mono.mp3").c_str(), 0, 0, false, 0, -1, false);
+    decoder.SetAudioSampleFormat(kFltp);
+    ASSERT_EQ(0, decoder.Init());
+    std::vector<uint8_t> block(192000);
+    for (int call = 0; call < 10; ++call) {
+        int size = static_cast<int>(block.size());
+        int samples = 0;
+        double time = 0;
+        ASSERT_EQ(0, decoder.NextAudio(0, block.data(), &size, &samples, &time));
+        ASSERT_EQ(samples * 2 * 4, size);
+        // The mono source is on both planes: plane 1 repeats plane 0.
+        EXPECT_EQ(0, std::memcmp(block.data(), block.data() + size / 2, static_cast<size_t>(size / 2)));
+    }
+}
+
+TEST(AudioDecoding, ABufferOfExactlyOneFrameLosesNothing) {
+    const std::string path = MediaPath("tone_6ch.m4a");
+    FFmpegDecoderImplAsync big(path.c_str(), 0, 0, false, 0, -1, false);
+    FFmpegDecoderImplAsync small(path.c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, big.Init());
+    ASSERT_EQ(0, small.Init());
+    Decoded whole = DecodeAll(big, 1 << 20);
+    // One AAC frame is 1024 samples, 8192 bytes as stereo floats.
+    Decoded pieces = DecodeAll(small, 8192);
+    EXPECT_EQ(-2, pieces.result);
+    EXPECT_EQ(whole.bytes, pieces.bytes);
+    EXPECT_EQ(whole.times, pieces.times);
+}
+
+TEST(AudioDecoding, ABufferSmallerThanOneFrameIsTold) {
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_mono.mp3").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    Decoded none = DecodeAll(decoder, 64);
+    EXPECT_EQ(-2, none.result);
+    EXPECT_TRUE(log.has(MVNLogLevel::Warn, "codec::FFmpegDecoderImpl", "not enough space:9216>64, 0"));
+}
+
+TEST(AudioDecoding, SeekAudioStartsAtTheTime) {
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_s16.wav").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    ASSERT_EQ(0, decoder.SeekAudio(1.25));
+    EXPECT_EQ(1, log.countContaining("seek time:1.2500, read seek packet count:"));
+    std::vector<uint8_t> block(192000);
+    int size = static_cast<int>(block.size());
+    int samples = 0;
+    double time = -1;
+    ASSERT_EQ(0, decoder.NextAudio(0, block.data(), &size, &samples, &time));
+    EXPECT_GE(time, 1.25 - 1e-6);
+    EXPECT_LT(time, 1.25 + 0.05);
+    // The rest of the file follows to its end.
+    Decoded rest = DecodeAll(decoder, 192000);
+    EXPECT_NEAR(2.0 - time, (samples + rest.samples) / 48000.0, 1e-6);
+}
+
+TEST(AudioDecoding, SeekAudioRefusesTimesOutsideTheClip) {
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_s16.wav").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_EQ(-1, decoder.SeekAudio(2.5));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "SeekAudio error time:2.500 not in [0,2.000]"));
+    EXPECT_EQ(-1, decoder.SeekAudioTo(-1));
+}
+
+TEST(AudioDecoding, AudioOfAVideoFileSharesTheClipsOrigin) {
+    // In the MPEG-TS copy both streams start 1.4 s into the stream's clock;
+    // the clip's times start at 0 for audio as for pictures.
+    FFmpegDecoderImplAsync decoder(MediaPath("gop12.ts").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    ASSERT_EQ(0, decoder.SeekAudio(3.0));
+    std::vector<uint8_t> block(192000);
+    int size = static_cast<int>(block.size());
+    int samples = 0;
+    double time = -1;
+    ASSERT_EQ(0, decoder.NextAudio(0, block.data(), &size, &samples, &time));
+    EXPECT_NEAR(3.0, time, 0.05);
+}
+
+TEST(AudioDecoding, AFileWithoutAudioRefusesIt) {
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("single_key.mp4").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    std::vector<uint8_t> block(1024);
+    int size = 1024, samples = 0;
+    double time = 0;
+    EXPECT_EQ(-1, decoder.NextAudio(0, block.data(), &size, &samples, &time));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "no audio stream"));
+    EXPECT_EQ(-1, decoder.SeekAudio(1.0));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "audio stream not exits, not support seek audio"));
+}
+
+TEST(AudioDecoding, AudioOnlyDurationComesFromTheLastPacket) {
+    LogCapture log;
+    FFmpegDecoderImplAsync decoder(MediaPath("tone_s16.wav").c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, decoder.Init());
+    EXPECT_TRUE(log.has(MVNLogLevel::Info, kTag, "fmt_ctx duration:2.00000, eduration:2.00000"));
+    EXPECT_DOUBLE_EQ(2.0, decoder.Duration());
+}

@@ -36,6 +36,8 @@ $ff -f lavfi -i "$(counted 3 25)" -c:v libx264 -preset medium -qp 8 -pix_fmt yuv
 # index, no duration).
 $ff -i gop12.mp4 -c copy gop12.ts
 $ff -i gop12.mp4 -c copy -f matroska - > noindex.mkv
+# Pictures only, starting at 0, for reading through a pipe.
+$ff -i gop12.mp4 -c copy -an -f matroska - > piped.mkv
 # Variable frame rate: every fourth picture comes 10 ms early, so that a
 # repair onto the 40 ms grid gives picture n the time n/25.
 $ff -f lavfi -i "$(counted 3 25)" -vf "settb=1/1000,setpts='(N*40-10*eq(mod(N,4),3))/1000/TB'" -fps_mode passthrough -enc_time_base 1/1000 \

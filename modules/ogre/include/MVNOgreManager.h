@@ -56,6 +56,10 @@ public:
     // Platform objects handed over by the host by name ("window",
     // "assetManager", "view", "viewController"); stored only. 0 or -1.
     int injectObject(const char* name, void* object);
+    // A folder whose files the engine finds by name in the "General" group
+    // (pictures of a project, say). Kept across release and added again by
+    // the next init; added at once while running.
+    void addResourceLocation(const std::string& folder);
 
     // Queues `call` for the render thread under `name` and returns at once.
     // Dropped without a word while no queue is running.
@@ -115,6 +119,7 @@ protected:
     void _renderOneFrame();
     // Builds and initialises the cover layer; `warning` is logged on failure.
     void _createCoverLayer(const char* warning);
+    void _addResourceLocationNow(const std::string& folder);
     // Hands `renderable` to the queue, from the pool or newly built.
     MVNOgreRenderable* _takeRenderable(std::function<void()>& call, const char* name, bool forWait);
 
@@ -133,7 +138,8 @@ protected:
     void* mViewController = nullptr;             // injected "viewController"; set once
     MVNOgreCoverLayer* mCoverLayer = nullptr;    // owned; only when window and profile differ in size
     bool mUseTextureFiltering = true;            // read through isUseTextureFiltering
-    std::deque<MVNOgreSceneManager*> mSceneManagersToDestroy;  // destroyed by release, on the render thread
+    std::deque<MVNOgreSceneManager*> mSceneManagersToDestroy;
+    std::vector<std::string> mResourceLocations;  // see addResourceLocation  // destroyed by release, on the render thread
 };
 
 }  // namespace Morvane

@@ -1,7 +1,9 @@
 #include "MVNOgreManager.h"
 
 #include <OgreCamera.h>
+#include <OgreResourceGroupManager.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <exception>
@@ -87,6 +89,7 @@ int MVNOgreManager::init(const MVNProfile& profile, int renderWinWidth, int rend
         return -1;
     }
 
+    for (const std::string& folder : mResourceLocations) _addResourceLocationNow(folder);
     mRenderOneFrameCall = [this]() { _renderOneFrame(); };
     if (width != mProfile.width() || height != mProfile.height()) {
         _createCoverLayer("CoverLayer init error");
@@ -94,6 +97,29 @@ int MVNOgreManager::init(const MVNProfile& profile, int renderWinWidth, int rend
     mInited = true;
     log_debug(kTag, "init done");
     return 0;
+}
+
+void MVNOgreManager::addResourceLocation(const std::string& folder) {
+    if (folder.empty() ||
+        std::find(mResourceLocations.begin(), mResourceLocations.end(), folder) != mResourceLocations.end()) {
+        return;
+    }
+    mResourceLocations.push_back(folder);
+    if (mInited) _addResourceLocationNow(folder);
+}
+
+void MVNOgreManager::_addResourceLocationNow(const std::string& folder) {
+    callRenderableWait(
+        [folder]() {
+            try {
+                Ogre::ResourceGroupManager::getSingleton().addResourceLocation(folder, "FileSystem",
+                                                                               Ogre::RGN_DEFAULT);
+                log_info(kTag, "resource location added:%s", folder.c_str());
+            } catch (const std::exception& e) {
+                log_error(kTag, "resource location %s refused: %s", folder.c_str(), e.what());
+            }
+        },
+        "addResourceLocation");
 }
 
 void MVNOgreManager::_createCoverLayer(const char* warning) {

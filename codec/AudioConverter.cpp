@@ -41,6 +41,10 @@ int AudioConverter::Init(const AVCodecContext* source, int targetFormat, int tar
     mRate = source->sample_rate;
     mOutFormat = mSrcFormat;
     mOutChannels = mSrcChannels;
+    // Formats beyond the usual ten (64-bit integers, unknown numbers) mean
+    // "as the source has it".
+    if (targetFormat > AV_SAMPLE_FMT_DBLP)
+        targetFormat = -1;
     if (mSrcFormat == targetFormat && mSrcChannels == targetChannels && !force)
         return 0;
     if (targetFormat < 0 || targetChannels <= 0)

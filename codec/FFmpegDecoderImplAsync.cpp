@@ -110,6 +110,42 @@ void FFmpegDecoderImplAsync::Release() {
     log_debug(kTag, "=====Release done=====");
 }
 
+int FFmpegDecoderImplAsync::Seek(double time) {
+    but::AutoLock guard(mLock);
+    int ret = FFmpegDecoderImpl::Seek(time);
+    _ForgetPosition();
+    return ret;
+}
+
+int FFmpegDecoderImplAsync::GetMediaInfo(MediaInfo* info) {
+    but::AutoLock guard(mLock);
+    return FFmpegDecoderImpl::GetMediaInfo(info);
+}
+
+int FFmpegDecoderImplAsync::LoadKeyInfo() {
+    but::AutoLock guard(mLock);
+    const bool reads = inited_ && (key_load_mode_ == 2 || !key_info_);
+    int ret = FFmpegDecoderImpl::LoadKeyInfo();
+    if (reads)
+        _ForgetPosition();
+    return ret;
+}
+
+int FFmpegDecoderImplAsync::DumpGop() {
+    but::AutoLock guard(mLock);
+    int ret = FFmpegDecoderImpl::DumpGop();
+    _ForgetPosition();
+    return ret;
+}
+
+void FFmpegDecoderImplAsync::_ForgetPosition() {
+    FramePool::Instance().Put(cached_frame_);
+    cached_frame_ = nullptr;
+    last_frame_index_ = 0;
+    seek_decode_flag_ = true;
+    audio_packet_pending_ = false;
+}
+
 int FFmpegDecoderImplAsync::NextFrame(uint8_t*, int*, int*, double*) {
     log_error(kTag, "NextFrame Unusable");
     return -1;

@@ -33,6 +33,14 @@ public:
     // answers 2 and the picture on screen stands; further it seeks.
     int NextVideo(double time, uint8_t* data, int* size, int* kind, double* outTime) override;
 
+    // The calls of the base class, under the lock. Those that read the file
+    // (the plain seek, the index traversal, the group dump) move the reading
+    // place, so the next picture request starts over from its position.
+    int Seek(double time) override;
+    int GetMediaInfo(MediaInfo* info) override;
+    int LoadKeyInfo() override;
+    int DumpGop() override;
+
     // Seconds of the picture handed out last, -1 before the first.
     double LastVideoTime() const { return last_video_time_; }
 
@@ -47,6 +55,8 @@ protected:
     int _ReceiveVideo(int64_t req, bool flush, uint8_t* data, int* size, int* kind, double* outTime);
     int _DecodeAudio(uint8_t* data, int* size, int* kind, double* outTime);
     void _ClearCounters();
+    // Forgets the reading place after a call that moved it.
+    void _ForgetPosition();
 
     Frame* cached_frame_ = nullptr;       // picture decoded by a seek, handed out by the next NextVideo
     AVPacket* audio_pending_pkt_ = nullptr;  // audio packet held back by SeekAudio

@@ -145,6 +145,21 @@ TEST(AsyncPositionServing, TheEndOfTheClipIsTheEndOfStream) {
     EXPECT_EQ(10, player.shown);
 }
 
+TEST(AsyncPositionServing, AnIndexTraversalDoesNotLoseThePlace) {
+    // The Matroska stream's index is rebuilt by reading the whole file.
+    Player player("noindex.mkv");
+    ASSERT_TRUE(player.ok);
+    ASSERT_EQ(0, player.Frame(60));
+    ASSERT_EQ(0, player.decoder.LoadKeyInfo());
+    ASSERT_EQ(0, player.Frame(58));
+    EXPECT_EQ(58, player.shown);
+    ASSERT_EQ(0, player.Frame(62));
+    EXPECT_EQ(62, player.shown);
+    ASSERT_EQ(0, player.decoder.DumpGop());
+    ASSERT_EQ(0, player.Frame(63));
+    EXPECT_EQ(63, player.shown);
+}
+
 TEST(AsyncPositionServing, NextFrameIsRefused) {
     LogCapture log;
     Player player;

@@ -10,6 +10,10 @@
 #include "LogCapture.h"
 #include "TestMedia.h"
 
+extern "C" {
+#include <libavutil/samplefmt.h>
+}
+
 using codec::FFmpegDecoderImplAsync;
 using CodecTest::MediaPath;
 using Morvane::MVNLogLevel;
@@ -18,8 +22,6 @@ using MorvaneTest::LogCapture;
 namespace {
 
 const char* kTag = "codec::FFmpegDecoderImplAsync";
-// AVSampleFormat numbers, so that the test needs no FFmpeg header.
-const int kS16 = 1, kFlt = 3, kFltp = 8;
 
 struct Decoded {
     int result = 0;  // the last NextAudio result
@@ -90,7 +92,8 @@ INSTANTIATE_TEST_SUITE_P(Files, AudioByteCounts,
 
 struct FormatCase {
     const char* name;
-    int format;
+    int format;          // asked for
+    int outFormat;       // handed out
     int bytesPerSample;
 };
 
@@ -101,7 +104,7 @@ TEST_P(AudioTargetFormats, GiveTwoSeconds) {
     FFmpegDecoderImplAsync decoder(MediaPath("tone_s16.wav").c_str(), 0, 0, false, 0, -1, false);
     decoder.SetAudioSampleFormat(GetParam().format);
     ASSERT_EQ(0, decoder.Init());
-    EXPECT_EQ(GetParam().format, decoder.OutputSampleFormat());
+    EXPECT_EQ(GetParam().outFormat, decoder.OutputSampleFormat());
     EXPECT_EQ(2, decoder.OutputChannels());
     Decoded all = DecodeAll(decoder, 192000);
     EXPECT_EQ(96000, all.samples);
@@ -109,8 +112,11 @@ TEST_P(AudioTargetFormats, GiveTwoSeconds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, AudioTargetFormats,
-                         ::testing::Values(FormatCase{"Float", kFlt, 4}, FormatCase{"Short", kS16, 2},
-                                           FormatCase{"PlanarFloat", kFltp, 4}),
+                         ::testing::Values(FormatCase{"Float", AV_SAMPLE_FMT_FLT, AV_SAMPLE_FMT_FLT, 4},
+                                           FormatCase{"Short", AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_S16, 2},
+                                           FormatCase{"PlanarFloat", AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_FLTP, 4},
+                                           // Formats beyond the usual ten keep the source's.
+                                           FormatCase{"Int64KeepsTheSource", AV_SAMPLE_FMT_S64, AV_SAMPLE_FMT_S16, 2}),
                          [](const ::testing::TestParamInfo<FormatCase>& info) { return std::string(info.param.name); });
 
 TEST(AudioDecoding, MatchingFormatsAreCopiedWithEveryChannel) {
@@ -132,7 +138,7 @@ TEST(AudioDecoding, MatchingFormatsAreCopiedWithEveryChannel) {
 
 TEST(AudioDecoding, PlanarOutputKeepsEachBlocksPlanesWhole) {
     FFmpegDecoderImplAsync decoder(MediaPath("tone_mono.mp3").c_str(), 0, 0, false, 0, -1, false);
-    decoder.SetAudioSampleFormat(kFltp);
+    decoder.SetAudioSampleFormat(AV_SAMPLE_FMT_FLTP);
     ASSERT_EQ(0, decoder.Init());
     std::vector<uint8_t> block(192000);
     for (int call = 0; call < 10; ++call) {

@@ -9,6 +9,11 @@
 #include "LogCapture.h"
 #include "TestMedia.h"
 
+extern "C" {
+#include <libavutil/pixfmt.h>
+#include <libavutil/samplefmt.h>
+}
+
 using codec::FFmpegDecoderImpl;
 using codec::FFmpegDecoderImplAsync;
 using codec::MediaInfo;
@@ -18,8 +23,6 @@ using MorvaneTest::LogCapture;
 
 namespace {
 const char* kTag = "codec::FFmpegDecoderImpl";
-// AVPixelFormat of yuv420p; the tests need no FFmpeg header for one number.
-constexpr int kYuv420p = 0;
 }
 
 struct OpenCase {
@@ -52,12 +55,12 @@ TEST_P(DecoderOpening, TellsTheStreamsOfTheFile) {
     EXPECT_EQ(c.sampleRate, info.sample_rate);
     EXPECT_NEAR(c.duration, info.duration, 0.1);
     if (c.video) {
-        EXPECT_EQ(kYuv420p, info.color_format);
+        EXPECT_EQ(AV_PIX_FMT_YUV420P, info.color_format);
         EXPECT_EQ("yuv420p", info.pixel_format);
         EXPECT_EQ(c.outWidth * c.outHeight * 3 / 2, decoder.GetFrameBufferSize());
     }
     if (c.audio) {
-        EXPECT_EQ(3, info.sample_format);  // AV_SAMPLE_FMT_FLT
+        EXPECT_EQ(AV_SAMPLE_FMT_FLT, info.sample_format);
     }
 }
 

@@ -25,9 +25,9 @@ class MVNTransitionAudio;
 // id until destroyService. create... looks the factory up by the "service"
 // property, checks that the result is of the asked class, copies the
 // creation properties into it (all but "id"), gives it a string id if it has
-// none, fills "width", "height", "render.width" and "render.height" with the
-// profile's size and a producer's timing with ten seconds where they are
-// unset, and runs init(). Each returns the new id, or an empty string (with
+// none, fills a producer's "width", "height", "render.width" and
+// "render.height" with the profile's size and its timing with ten seconds
+// where they are unset, and runs init(). Each returns the new id, or an empty string (with
 // a logged reason) when anything fails; nothing is kept then. Thread-safe.
 class MVNFactory {
 public:

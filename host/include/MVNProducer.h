@@ -134,6 +134,9 @@ public:
     int detach(MVNFilter* filter);
     // Detaches every filter, last first.
     void detachAll();
+    // Forgets a filter that is being destroyed while attached: no hooks of
+    // the filter run, the chain closes up and _OnDetach is told.
+    void _dropFilter(MVNFilter* filter);
     // The string ids of the video filters, in chain order.
     void getVideoFilters(std::vector<std::string>& ids);
     int filterCount();

@@ -1,5 +1,6 @@
 #include "MVNFactory.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <vector>
@@ -50,25 +51,25 @@ void deleteOnly(MVNService* s) {
     }
 }
 
-// What a service can assume of its properties when init runs: the picture
-// size of the profile and, for a producer without timing of its own, ten
-// seconds.
+// What a producer can assume of its properties when init runs: the picture
+// size of the profile and, without timing of its own, ten seconds. Filters
+// and timelines are left as they are.
 void fillDefaults(MVNService* s, const MVNProfile& profile) {
-    s->block();
-    if (!s->has("width")) s->setInt32("width", profile.width());
-    if (!s->has("height")) s->setInt32("height", profile.height());
-    if (!s->has("render.width")) s->setInt32("render.width", s->getInt32("width", profile.width()));
-    if (!s->has("render.height")) s->setInt32("render.height", s->getInt32("height", profile.height()));
     auto* p = dynamic_cast<MVNProducer*>(s);
-    bool timeline = isA<MVNPlaylist>(s) || isA<MVNMultitrack>(s);
-    if (p != nullptr && !timeline && !p->has("length") && !p->has("out")) {
+    if (p == nullptr || isA<MVNPlaylist>(s) || isA<MVNMultitrack>(s)) return;
+    p->block();
+    if (!p->has("width")) p->setInt32("width", profile.width());
+    if (!p->has("height")) p->setInt32("height", profile.height());
+    if (!p->has("render.width")) p->setInt32("render.width", p->getInt32("width", profile.width()));
+    if (!p->has("render.height")) p->setInt32("render.height", p->getInt32("height", profile.height()));
+    if (!p->has("length") && !p->has("out")) {
         int length = std::max(1, static_cast<int>(std::lround(profile.fps() * 10.0)));
         int in = p->getIn();
         p->setIn(in);
         p->setLength(length);
         p->setOut(in + length - 1);
     }
-    s->unblock();
+    p->unblock();
 }
 
 }  // namespace

@@ -448,6 +448,24 @@ int MVNProducer::detach(MVNFilter* filter) {
     return 0;
 }
 
+void MVNProducer::_dropFilter(MVNFilter* filter) {
+    std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
+    bool video = false;
+    bool found = false;
+    for (auto* list : {&mVideoFilters, &mVideoFiltersCPU, &mAudioFilters}) {
+        auto it = std::find(list->begin(), list->end(), filter);
+        if (it != list->end()) {
+            list->erase(it);
+            video = list == &mVideoFilters;
+            found = true;
+            break;
+        }
+    }
+    if (!found) return;
+    if (video) _updateFilterChain();
+    _OnDetach(filter);
+}
+
 void MVNProducer::detachAll() {
     std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
     for (auto* list : {&mAudioFilters, &mVideoFiltersCPU, &mVideoFilters}) {

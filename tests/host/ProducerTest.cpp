@@ -51,6 +51,18 @@ TEST_F(ProducerChain, GetImageRunsFiltersInAttachOrder) {
     EXPECT_EQ(producer.hooks, (std::vector<std::string>{"attach", "attach", "attach", "detach"}));
 }
 
+TEST_F(ProducerChain, FilterDeletedWhileAttachedLeavesTheChain) {
+    auto* doomed = new StampFilter(profile, 7);
+    producer.attach(&f1);
+    producer.attach(doomed);
+    producer.attach(&f3);
+    delete doomed;
+    EXPECT_EQ(producer.filterCount(), 2);
+    EXPECT_EQ(imageId(5), 513);
+    EXPECT_EQ(f3.getInt32("_inputType", 0), MVN_INPUT_RTT);
+    EXPECT_EQ(producer.hooks.back(), "detach");
+}
+
 TEST_F(ProducerChain, FailingFilterIsLoggedAndItsInputGoesOn) {
     producer.genStringId("clip");
     f2.genStringId("stamp");

@@ -146,6 +146,7 @@ TEST_F(Registry, DestroyingAnAttachedFilterDetachesItFirst) {
     MVNProducer* p = getProducerById(pid);
     auto* f = dynamic_cast<StampFilter*>(getFilterById(fid));
     ASSERT_NE(f, nullptr);
+    EXPECT_FALSE(f->has("render.width")) << "picture defaults are for producers only";
     ASSERT_EQ(p->attach(f), 0);
     EXPECT_EQ(destroyService(fid), 0);
     EXPECT_EQ(p->filterCount(), 0);

@@ -57,6 +57,7 @@
 #include "MVNGroup.h"
 #include "MVNConsumer.h"
 #include "MVNTransitionAudio.h"
+#include "MVNRenderConsumer.h"
 
 // Timelines, the registry and modules.
 #include "MVNActiveClip.h"
@@ -67,3 +68,5 @@
 #include "MVNRepository.h"
 #include "MVNFactory.h"
 #include "MVNModule.h"
+#include "MVNProject.h"
+#include "MVNProjectLoader.h"

@@ -368,7 +368,7 @@ int MVNProjectLoader::loadFromString(const std::string& text, const std::string&
         if (project.length <= 0) fail("tracks", "nothing to render: every track is empty");
     } catch (const ProjectError& e) {
         mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;
-        log_error(kTag, "%s", mError.c_str());
+        log_info(kTag, "%s", mError.c_str());
         unload(project);
         return -1;
     }

@@ -1,0 +1,160 @@
+// mvn-render end to end: a small project rendered to PNG pictures, to an
+// MP4 file and to raw frames, and its refusals of bad input.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+#include "MVNByteBuffer.h"
+#include "MVNFrame.h"
+#include "MVNImage.h"
+
+namespace fs = std::filesystem;
+using namespace Morvane;
+
+namespace {
+
+struct ToolRun {
+    int status = -1;
+    std::string err;
+    std::string out;
+};
+
+ToolRun runTool(const std::string& args) {
+    ToolRun r;
+    const std::string errFile = (fs::current_path() / "stderr.txt").string();
+    const std::string outFile = (fs::current_path() / "stdout.bin").string();
+    std::string cmd = std::string(MVN_BINARY_DIR) + "/bin/mvn-render " + args + " >" + outFile + " 2>" + errFile;
+    int rc = std::system(cmd.c_str());
+    r.status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+    std::ifstream e(errFile), o(outFile, std::ios::binary);
+    r.err.assign(std::istreambuf_iterator<char>(e), {});
+    r.out.assign(std::istreambuf_iterator<char>(o), {});
+    return r;
+}
+
+// Red background, a blue box at top-left [40:20 80x60] over it.
+const char* kProject = R"({
+  "profile": { "width": 320, "height": 180, "fps": 25 },
+  "tracks": [
+    { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#ff0000ff" } } ] },
+    { "clips": [ { "service": "ogre.color", "length": 10, "geometry": "[40:20 80x60]",
+                   "properties": { "color": "#0000ffff" } } ] }
+  ]
+})";
+
+class MvnRender : public ::testing::Test {
+protected:
+    void SetUp() override {
+        dir = fs::current_path() / "render";
+        fs::create_directories(dir);
+        project = (dir / "show.json").string();
+        std::ofstream(project) << kProject;
+    }
+    fs::path dir;
+    std::string project;
+};
+
+TEST_F(MvnRender, PngSequencePutsTheBoxOnItsPixels) {
+    ToolRun r = runTool(project + " -o " + (dir / "f%03d.png").string() + " --frames 2:4");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_FALSE(fs::exists(dir / "f001.png"));
+    ASSERT_TRUE(fs::exists(dir / "f002.png"));
+    ASSERT_TRUE(fs::exists(dir / "f004.png"));
+    EXPECT_FALSE(fs::exists(dir / "f005.png"));
+    MVNFrame* frame = MVNImage::loadFromFile((dir / "f003.png").string(), 0, 0);
+    ASSERT_NE(frame, nullptr);
+    ASSERT_EQ(frame->width(), 320);
+    ASSERT_EQ(frame->height(), 180);
+    const uint8_t* px = frame->buffer()->ptr();
+    auto at = [&](int x, int y) { return px + (static_cast<size_t>(y) * 320 + x) * 4; };  // B,G,R,A
+    // Inside the box (corners included) blue, just outside it red.
+    for (auto [x, y] : {std::pair{40, 20}, {119, 20}, {40, 79}, {119, 79}, {80, 50}}) {
+        EXPECT_EQ(at(x, y)[0], 255) << x << "," << y;
+        EXPECT_EQ(at(x, y)[2], 0) << x << "," << y;
+    }
+    for (auto [x, y] : {std::pair{39, 20}, {120, 20}, {40, 19}, {40, 80}, {300, 170}}) {
+        EXPECT_EQ(at(x, y)[0], 0) << x << "," << y;
+        EXPECT_EQ(at(x, y)[2], 255) << x << "," << y;
+    }
+    MVNFrame::pushBackPool(frame);
+    // Nothing of the engine's is left in the user's folder.
+    for (const auto& entry : fs::directory_iterator(dir)) {
+        const std::string name = entry.path().filename().string();
+        EXPECT_TRUE(name == "show.json" || name.rfind('f', 0) == 0) << "left behind: " << name;
+    }
+}
+
+TEST_F(MvnRender, Mp4HoldsEveryFrameAsH264) {
+    const std::string out = (dir / "show.mp4").string();
+    ToolRun r = runTool(project + " -o " + out);
+    ASSERT_EQ(r.status, 0) << r.err;
+    AVFormatContext* fmt = nullptr;
+    ASSERT_EQ(avformat_open_input(&fmt, out.c_str(), nullptr, nullptr), 0);
+    ASSERT_GE(avformat_find_stream_info(fmt, nullptr), 0);
+    ASSERT_EQ(fmt->nb_streams, 1u);
+    AVCodecParameters* par = fmt->streams[0]->codecpar;
+    EXPECT_EQ(par->codec_id, AV_CODEC_ID_H264);
+    EXPECT_EQ(par->width, 320);
+    EXPECT_EQ(par->height, 180);
+    int packets = 0;
+    AVPacket* pkt = av_packet_alloc();
+    while (av_read_frame(fmt, pkt) >= 0) {
+        ++packets;
+        av_packet_unref(pkt);
+    }
+    av_packet_free(&pkt);
+    avformat_close_input(&fmt);
+    EXPECT_EQ(packets, 10);
+    EXPECT_NE(r.err.find("mvn-render: 10 frames in "), std::string::npos) << r.err;
+}
+
+TEST_F(MvnRender, RawFramesGoToStandardOutputAsRgba) {
+    ToolRun r = runTool(project + " -o - --frames 0:1 --quiet");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(r.err.empty()) << r.err;
+    ASSERT_EQ(r.out.size(), 2u * 320 * 180 * 4);
+    const uint8_t* last = reinterpret_cast<const uint8_t*>(r.out.data()) + 320 * 180 * 4;
+    const uint8_t* corner = last + (179 * 320 + 319) * 4;  // bottom-right: red background
+    EXPECT_EQ(corner[0], 255);
+    EXPECT_EQ(corner[1], 0);
+    EXPECT_EQ(corner[2], 0);
+    EXPECT_EQ(corner[3], 255);
+}
+
+TEST_F(MvnRender, BadInputExitsWithTwoAndOneLine) {
+    std::ofstream(project) << R"({ "profile": "hd_720_25p", "tracks": [ { "clips": [
+        { "service": "ogre.color", "length": 5 },
+        { "service": "ogre.image", "length": 5, "resource": "missing.png" } ] } ] })";
+    const std::string out = (dir / "bad.mp4").string();
+    ToolRun r = runTool(project + " -o " + out);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "mvn-render: " + project + ": tracks[0].clips[1].resource: file not found: " +
+                         (dir / "missing.png").string() + "\n");
+    EXPECT_FALSE(fs::exists(out));
+
+    r = runTool(project + " -o " + (dir / "x.avi").string());
+    EXPECT_EQ(r.status, 2);
+    r = runTool((dir / "nope.json").string() + " -o " + out);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("no such project file"), std::string::npos);
+    r = runTool(project + " -o " + out + " --frames 4:2");
+    EXPECT_EQ(r.status, 2);
+}
+
+TEST_F(MvnRender, FramesPastTheEndAreRefused) {
+    ToolRun r = runTool(project + " -o - --frames 5:10");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("lies past the project's end (10 frames)"), std::string::npos) << r.err;
+    EXPECT_TRUE(r.out.empty());
+}
+
+}  // namespace

@@ -1,0 +1,280 @@
+// mvn-render: renders a project file to a video, a picture sequence or raw
+// frames.
+//
+//   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
+//
+// Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
+// unknown service; 1 the renderer or the output failed.
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "MVNFactory.h"
+#include "MVNLog.h"
+#include "MVNModule.h"
+#include "MVNOutputSink.h"
+#include "MVNProgress.h"
+#include "MVNProjectLoader.h"
+#include "MVNProperties.h"
+#include "MVNRenderConsumer.h"
+#include "MVNRenderSystem.h"
+#include "MVNTractor.h"
+#include "MVNVirtualDisplay.h"
+
+using namespace Morvane;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitBadInput = 2;
+
+std::atomic<bool> gInterrupted{false};
+
+void onSignal(int) { gInterrupted = true; }
+
+struct Options {
+    std::string project;
+    std::string output;
+    std::string profile;
+    int first = -1;
+    int last = -1;
+    bool quiet = false;
+};
+
+void usage(FILE* to) {
+    std::fprintf(to,
+                 "usage: mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]\n"
+                 "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
+                 "       or - for raw RGBA frames on standard output\n");
+}
+
+bool parseFrames(const std::string& text, int& first, int& last) {
+    auto colon = text.find(':');
+    if (colon == std::string::npos) return false;
+    char* end = nullptr;
+    long a = std::strtol(text.c_str(), &end, 10);
+    if (end != text.c_str() + colon) return false;
+    long b = std::strtol(text.c_str() + colon + 1, &end, 10);
+    if (*end != '\0' || colon + 1 == text.size()) return false;
+    if (a < 0 || b < a || b > 100000000) return false;
+    first = static_cast<int>(a);
+    last = static_cast<int>(b);
+    return true;
+}
+
+int parseArgs(int argc, char** argv, Options& o) {
+    for (int i = 1; i < argc; ++i) {
+        std::string a = argv[i];
+        auto value = [&](const char* name) -> const char* {
+            if (i + 1 >= argc) {
+                std::fprintf(stderr, "mvn-render: %s needs a value\n", name);
+                return nullptr;
+            }
+            return argv[++i];
+        };
+        if (a == "-o" || a == "--output") {
+            const char* v = value("-o");
+            if (!v) return -1;
+            o.output = v;
+        } else if (a == "--frames") {
+            const char* v = value("--frames");
+            if (!v) return -1;
+            if (!parseFrames(v, o.first, o.last)) {
+                std::fprintf(stderr, "mvn-render: --frames wants A:B with 0 <= A <= B, got \"%s\"\n", v);
+                return -1;
+            }
+        } else if (a == "--profile") {
+            const char* v = value("--profile");
+            if (!v) return -1;
+            o.profile = v;
+        } else if (a == "--quiet" || a == "-q") {
+            o.quiet = true;
+        } else if (a == "-h" || a == "--help") {
+            usage(stdout);
+            std::exit(0);
+        } else if (!a.empty() && a[0] == '-' && a != "-") {
+            std::fprintf(stderr, "mvn-render: unknown option %s\n", a.c_str());
+            return -1;
+        } else if (o.project.empty()) {
+            o.project = a;
+        } else {
+            std::fprintf(stderr, "mvn-render: more than one project given (%s)\n", a.c_str());
+            return -1;
+        }
+    }
+    if (o.project.empty() || o.output.empty()) {
+        usage(stderr);
+        return -1;
+    }
+    return 0;
+}
+
+// The engine leaves its configuration, logs and caches in the working
+// folder; they go to a state folder of the tool's own, never the user's.
+std::string stateFolder() {
+    const char* xdg = std::getenv("XDG_STATE_HOME");
+    const char* home = std::getenv("HOME");
+    fs::path base = xdg && *xdg ? fs::path(xdg) : home && *home ? fs::path(home) / ".local/state" : fs::temp_directory_path();
+    fs::path dir = base / "mvn-render";
+    std::error_code ec;
+    fs::create_directories(dir, ec);
+    if (ec) dir = fs::temp_directory_path() / ("mvn-render-" + std::to_string(::getuid()));
+    fs::create_directories(dir, ec);
+    return dir.string();
+}
+
+std::string join(const std::vector<std::string>& parts, char sep) {
+    std::string out;
+    for (const auto& p : parts) {
+        if (!out.empty()) out += sep;
+        out += p;
+    }
+    return out;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options opt;
+    if (parseArgs(argc, argv, opt) != 0) return kExitBadInput;
+
+    std::error_code ec;
+    const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
+    std::string output = opt.output;
+    if (output != "-") output = fs::absolute(output, ec).lexically_normal().string();
+    if (!fs::is_regular_file(projectPath, ec)) {
+        std::fprintf(stderr, "mvn-render: %s: no such project file\n", opt.project.c_str());
+        return kExitBadInput;
+    }
+    if (output != "-") {
+        fs::path parent = fs::path(output).parent_path();
+        if (!parent.empty() && !fs::is_directory(parent, ec)) {
+            std::fprintf(stderr, "mvn-render: %s: the output folder does not exist\n", parent.c_str());
+            return kExitBadInput;
+        }
+    }
+
+    const std::string state = stateFolder();
+    if (::chdir(state.c_str()) != 0) {
+        std::fprintf(stderr, "mvn-render: cannot use the state folder %s\n", state.c_str());
+        return kExitFailed;
+    }
+    // A hidden window of the profile's size, not a full-screen one.
+    if (FILE* marker = std::fopen("not_full_screen", "a")) std::fclose(marker);
+
+    std::string module = findModule("libMVNOgre.so");
+    if (module.empty() || loadModule(module) != 0) {
+        std::fprintf(stderr, "mvn-render: the render module libMVNOgre.so could not be loaded%s\n",
+                     module.empty() ? " (not found)" : "");
+        return kExitFailed;
+    }
+
+    MVNProjectLoader loader;
+    MVNProject project;
+    if (loader.load(projectPath, project, opt.profile) != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
+        return kExitBadInput;
+    }
+    int first = opt.first < 0 ? 0 : opt.first;
+    int last = opt.last < 0 ? project.length - 1 : opt.last;
+    if (last >= project.length) {
+        std::fprintf(stderr, "mvn-render: --frames %d:%d lies past the project's end (%d frames)\n", first, last,
+                     project.length);
+        MVNProjectLoader::unload(project);
+        return kExitBadInput;
+    }
+
+    std::string sinkError;
+    std::unique_ptr<MVNOutputSink> sink = MVNOutputSink::create(output, first, sinkError);
+    if (!sink) {
+        std::fprintf(stderr, "mvn-render: %s\n", sinkError.c_str());
+        MVNProjectLoader::unload(project);
+        return kExitBadInput;
+    }
+
+    MVNVirtualDisplay display;
+    const char* env = std::getenv("DISPLAY");
+    if (!env || !*env) {
+        if (display.start(project.profile.width(), project.profile.height()) != 0) {
+            std::fprintf(stderr, "mvn-render: no DISPLAY and %s\n", display.error().c_str());
+            MVNProjectLoader::unload(project);
+            return kExitFailed;
+        }
+        if (!opt.quiet) std::fprintf(stderr, "mvn-render: no DISPLAY, rendering on virtual display %s\n", display.name().c_str());
+    }
+
+    MVNProperties rsProps;
+    rsProps.setString("resource_locations", join(project.resourceLocations, ';'));
+    MVNRenderSystem* rs = createRenderSystem("ogreRenderSystem", project.profile, rsProps);
+    if (!rs || rs->init() != 0) {
+        std::fprintf(stderr, "mvn-render: the renderer could not start (run with MORVANE_LOG_LEVEL=info for details)\n");
+        delete rs;
+        MVNProjectLoader::unload(project);
+        return kExitFailed;
+    }
+
+    struct sigaction sa{};
+    sa.sa_handler = onSignal;
+    sigaction(SIGINT, &sa, nullptr);
+    sigaction(SIGTERM, &sa, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+
+    const int total = last - first + 1;
+    MVNProgress progress(total, opt.quiet);
+    int written = 0;
+    bool opened = false;
+    bool failed = false;
+    MVNRenderConsumer consumer(project.profile, rs, MVNRenderConsumer::READ_SYNC);
+    consumer.connect(MVNFactory::getSingleton()->getTractorById(project.tractorId));
+    consumer.setPictureSink([&](const MVNRenderConsumer::Picture& pic) {
+        if (gInterrupted) return 1;
+        if (!opened) {
+            if (sink->open(pic.width, pic.height, project.profile.fpsNum(), project.profile.fpsDen(), pic.colorType) != 0) {
+                failed = true;
+                return 1;
+            }
+            opened = true;
+        }
+        if (sink->write(pic.pixels, pic.stride) != 0) {
+            failed = true;
+            return 1;
+        }
+        progress.update(++written);
+        return 0;
+    });
+    int delivered = consumer.renderRange(first, last);
+    consumer.disconnect();
+
+    int status = 0;
+    if (gInterrupted) {
+        std::fprintf(stderr, "\nmvn-render: interrupted; nothing was kept\n");
+        sink->abort();
+        status = 130;
+    } else if (failed || delivered != total || !opened) {
+        std::fprintf(stderr, "\nmvn-render: %s\n",
+                     !sink->error().empty() ? sink->error().c_str()
+                                            : ("only " + std::to_string(std::max(delivered, 0)) + " of " +
+                                               std::to_string(total) + " frames came back from the renderer")
+                                                  .c_str());
+        sink->abort();
+        status = kExitFailed;
+    } else if (sink->finish() != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", sink->error().c_str());
+        sink->abort();
+        status = kExitFailed;
+    } else {
+        progress.finish(written, output == "-" ? "standard output" : output);
+    }
+
+    MVNProjectLoader::unload(project);
+    rs->release();
+    delete rs;
+    return status;
+}

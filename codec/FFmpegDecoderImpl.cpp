@@ -19,10 +19,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/display.h>
-#include <libavutil/hwcontext.h>
-#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
-#include <libswscale/swscale.h>
 }
 
 namespace codec {
@@ -168,13 +165,6 @@ int FFmpegDecoderImpl::_Open() {
         if (!video_frame_) {
             log_error(kTag, "Could not allocate video frame");
             return AVERROR(ENOMEM);
-        }
-        if (hw_open_) {
-            sw_frame_ = av_frame_alloc();
-            if (!sw_frame_) {
-                log_error(kTag, "Could not allocate software video frame");
-                return AVERROR(ENOMEM);
-            }
         }
     }
     if (has_audio_) {
@@ -347,22 +337,11 @@ int FFmpegDecoderImpl::_SetupVideo() {
     output_width_ = out.width;
     output_height_ = out.height;
     dar_ = out.dar;
-    if (output_width_ != origin_width_ || output_height_ != origin_height_) {
-        const auto format = static_cast<AVPixelFormat>(pix_fmt_);
-        sws_ctx_ = sws_getContext(origin_width_, origin_height_, format, output_width_, output_height_, format,
-                                  SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
-        if (!sws_ctx_) {
-            log_error(kTag, "sws_getContext failed");
-            return -1;
-        }
-        log_debug(kTag, "sws %d", 1);
-    }
-    frame_buffer_size_ =
-        av_image_get_buffer_size(static_cast<AVPixelFormat>(pix_fmt_), output_width_, output_height_, 1);
-    if (frame_buffer_size_ <= 0) {
+    if (picture_output_.Configure(origin_width_, origin_height_, pix_fmt_, output_width_, output_height_) != 0) {
         log_error(kTag, "Could not find video pixel format");
         return -1;
     }
+    frame_buffer_size_ = picture_output_.BufferSize();
     log_info(kTag, "fps:%f duration:%f,pixel:%s", fps_, duration_, pixel_format_name_.c_str());
     log_info(kTag, "origin size:%dx%d outsize:%dx%d, rotation:%f", origin_width_, origin_height_, output_width_,
              output_height_, rotation_);
@@ -393,14 +372,10 @@ void FFmpegDecoderImpl::_Close() {
     avcodec_free_context(&video_dec_ctx_);
     avcodec_free_context(&audio_dec_ctx_);
     avformat_close_input(&fmt_ctx_);
-    sws_freeContext(sws_ctx_);
-    sws_ctx_ = nullptr;
-    sws_freeContext(sws_changed_);
-    sws_changed_ = nullptr;
+    picture_output_.Release();
     audio_converter_.Release();
     av_frame_free(&video_frame_);
     av_frame_free(&audio_frame_);
-    av_frame_free(&sw_frame_);
     av_buffer_unref(&hw_device_);
     av_packet_free(&packet_);
     _ClearQueue();
@@ -414,8 +389,6 @@ void FFmpegDecoderImpl::_Close() {
     hw_pix_fmt_ = -1;
     video_draining_ = false;
     audio_draining_ = false;
-    changed_width_ = 0;
-    changed_height_ = 0;
 }
 
 void FFmpegDecoderImpl::Release() {
@@ -525,72 +498,7 @@ int64_t FFmpegDecoderImpl::_FixVfrPts(int64_t pts) {
 }
 
 int FFmpegDecoderImpl::_CopyPicture(AVFrame* frame, uint8_t* data, int* size) {
-    if (!data || !size || *size < frame_buffer_size_) {
-        log_error(kTag, "out buffer too small %d<%d", size ? *size : 0, frame_buffer_size_);
-        return -1;
-    }
-    AVFrame* src = frame;
-    if (hw_open_ && frame->format != pix_fmt_ && frame->hw_frames_ctx) {
-        // NV12 where the surface offers it; 10-bit surfaces give P010 and
-        // the like, which the scaler below turns into NV12.
-        AVPixelFormat target = AV_PIX_FMT_NV12;
-        enum AVPixelFormat* formats = nullptr;
-        if (av_hwframe_transfer_get_formats(frame->hw_frames_ctx, AV_HWFRAME_TRANSFER_DIRECTION_FROM, &formats, 0) >=
-                0 &&
-            formats) {
-            bool nv12 = false;
-            for (enum AVPixelFormat* p = formats; *p != AV_PIX_FMT_NONE; ++p)
-                nv12 = nv12 || *p == AV_PIX_FMT_NV12;
-            if (!nv12 && formats[0] != AV_PIX_FMT_NONE)
-                target = formats[0];
-            av_free(formats);
-        }
-        av_frame_unref(sw_frame_);
-        sw_frame_->format = target;
-        int ret = av_hwframe_transfer_data(sw_frame_, frame, 0);
-        if (ret < 0) {
-            log_error(kTag, "Failed to transfer data to sw frame err:%d", ret);
-            return -1;
-        }
-        if (av_frame_copy_props(sw_frame_, frame) < 0) {
-            log_error(kTag, "Failed to av_frame_copy_props");
-            return -1;
-        }
-        src = sw_frame_;
-    }
-
-    uint8_t* dst[4] = {};
-    int lines[4] = {};
-    const auto outFormat = static_cast<AVPixelFormat>(pix_fmt_);
-    if (av_image_fill_arrays(dst, lines, data, outFormat, output_width_, output_height_, 1) < 0)
-        return -1;
-    const auto srcFormat = static_cast<AVPixelFormat>(FoldFullRange(src->format));
-    const bool resized = src->width != origin_width_ || src->height != origin_height_;
-    if (resized || srcFormat != outFormat) {
-        if (resized && (src->width != changed_width_ || src->height != changed_height_)) {
-            log_debug(kTag, "video frame size changed %dx%d->%dx%d", origin_width_, origin_height_, src->width,
-                      src->height);
-            changed_width_ = src->width;
-            changed_height_ = src->height;
-        }
-        sws_changed_ = sws_getCachedContext(sws_changed_, src->width, src->height, srcFormat, output_width_,
-                                            output_height_, outFormat, SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
-        if (!sws_changed_) {
-            log_error(kTag, "sws_getCachedContext failed %dx%d %s", src->width, src->height,
-                      av_get_pix_fmt_name(srcFormat) ? av_get_pix_fmt_name(srcFormat) : "");
-            return -1;
-        }
-        sws_scale(sws_changed_, src->data, src->linesize, 0, src->height, dst, lines);
-    } else {
-        changed_width_ = changed_height_ = 0;
-        if (sws_ctx_)
-            sws_scale(sws_ctx_, src->data, src->linesize, 0, src->height, dst, lines);
-        else
-            av_image_copy(dst, lines, const_cast<const uint8_t**>(src->data), src->linesize, outFormat,
-                          output_width_, output_height_);
-    }
-    *size = frame_buffer_size_;
-    return 0;
+    return picture_output_.Copy(frame, data, size);
 }
 
 // ---------------------------------------------------------------- seeking

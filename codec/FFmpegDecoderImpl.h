@@ -8,6 +8,7 @@
 #include "FFmpegDecoder.h"
 #include "Frame.h"
 #include "KeyInfo.h"
+#include "PictureOutput.h"
 #include "but/Mutex11.h"
 
 struct AVBufferRef;
@@ -16,7 +17,6 @@ struct AVFormatContext;
 struct AVFrame;
 struct AVPacket;
 struct AVStream;
-struct SwsContext;
 
 namespace codec {
 
@@ -204,10 +204,7 @@ protected:
 
     float dar_ = 1.0f;
 
-    SwsContext* sws_ctx_ = nullptr;
-    SwsContext* sws_changed_ = nullptr;  // for pictures whose size or format differ from the stream's
-    int changed_width_ = 0;               // size of the last change logged, 0 while none
-    int changed_height_ = 0;
+    PictureOutput picture_output_;  // the scaler and the copy of pictures
     double rotation_ = 0;
     int64_t last_frame_index_ = 0;
 
@@ -216,7 +213,6 @@ protected:
     bool hw_open_ = false;
     AVBufferRef* hw_device_ = nullptr;
     int hw_pix_fmt_ = -1;
-    AVFrame* sw_frame_ = nullptr;
 
     std::deque<Frame*> frame_queue_;
     but::Mutex11 frame_queue_lock_;

@@ -396,6 +396,8 @@ void FFmpegDecoderImpl::Release() {
     _Close();
     inited_ = false;
     need_reopen_ = false;
+    last_frame_index_ = 0;
+    last_fixed_pts_ = -1;
     log_debug(kTag, "=====Release done=====");
 }
 

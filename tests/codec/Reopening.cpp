@@ -86,6 +86,20 @@ TEST(Reopening, AFileThatWentAwayIsOpenedOnceItIsBack) {
     fs::remove("moving.mp4");
 }
 
+TEST(Reopening, AReleasedDecoderOpensAgainWithInit) {
+    ReopenableDecoder decoder(MediaPath("gop12.mp4"));
+    ASSERT_EQ(0, decoder.Init());
+    int frame = -1;
+    ASSERT_EQ(0, decoder.Show(90, &frame));
+    decoder.Release();
+    EXPECT_FALSE(decoder.IsInited());
+    ASSERT_EQ(0, decoder.Init());
+    ASSERT_EQ(0, decoder.Show(90, &frame));
+    EXPECT_EQ(90, frame);
+    ASSERT_EQ(0, decoder.Show(3, &frame));
+    EXPECT_EQ(3, frame);
+}
+
 TEST(Reopening, ADecoderNeverOpenedIsNotReopened) {
     LogCapture log;
     FFmpegDecoderImpl decoder(MediaPath("gop12.mp4").c_str());

@@ -180,8 +180,10 @@ int main(int argc, char** argv) {
     int parsed = ParseArgs(argc, argv, &o);
     if (parsed != 0)
         return parsed < 0 ? 0 : 1;
+    // The decoder's own lines are for MORVANE_LOG_LEVEL=...; by default the
+    // tool says what went wrong itself (a video-only file "lacks" audio).
     if (!std::getenv("MORVANE_LOG_LEVEL"))
-        Morvane::setLogLevel(Morvane::MVNLogLevel::Error);
+        Morvane::setLogLevel(Morvane::MVNLogLevel::Off);
     av_log_set_level(AV_LOG_ERROR);
 
     std::error_code ec;

@@ -37,6 +37,10 @@ public:
     void _destroyWindow(const NativeWindowPair& win) override;
 
     MVNOgreRenderReader* getRenderReader() { return mRenderReader; }
+    // Replaces the reader by one of `type` (render thread). The old reader
+    // and its render texture go first. False, with no reader left, when the
+    // new one can't start.
+    bool resetRenderReader(int type, bool antiAliasing);
 
     // True when a window of this size should be full screen on a screen of
     // screenW x screenH: anything not 4:3, or too close to the screen size.

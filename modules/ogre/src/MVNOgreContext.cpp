@@ -92,6 +92,19 @@ bool MVNOgreContext::checkFullScreen(int width, int height, int screenW, int scr
     return screenH <= height + 144;
 }
 
+bool MVNOgreContext::resetRenderReader(int type, bool antiAliasing) {
+    if (mRenderReader) {
+        mRenderReader->release();
+        delete mRenderReader;
+        mRenderReader = nullptr;
+    }
+    // The readers' texture has a fixed name: the next reader makes it anew.
+    Ogre::TextureManager& tm = Ogre::TextureManager::getSingleton();
+    if (tm.resourceExists("RttTex", Ogre::RGN_DEFAULT)) tm.remove("RttTex", Ogre::RGN_DEFAULT);
+    mRenderReader = MVNOgreRenderReader::create(this, static_cast<MVNOgreRenderReaderType>(type), antiAliasing);
+    return mRenderReader != nullptr;
+}
+
 void MVNOgreContext::createScene() {
     log_debug(TAG, "createScene");
     Ogre::RenderWindow* win = getRenderWindow();

@@ -1,6 +1,10 @@
 #include "MVNOgreLabel.h"
 
+#include <OgreFontManager.h>
+#include <OgreMaterial.h>
 #include <OgreOverlay.h>
+#include <OgrePass.h>
+#include <OgreTechnique.h>
 #include <OgreOverlayContainer.h>
 #include <OgreOverlayManager.h>
 #include <OgreResourceGroupManager.h>
@@ -15,6 +19,18 @@
 namespace Morvane {
 
 static const char* TAG = "Morvane::MVNOgreLabel";
+
+// Blends colour over what is below but adds coverage to the alpha channel,
+// so that a label over an opaque picture leaves the read-back frame opaque.
+static void keepAlphaOpaque(const Ogre::MaterialPtr& material) {
+    if (!material) return;
+    for (Ogre::Technique* tech : material->getTechniques()) {
+        for (Ogre::Pass* pass : tech->getPasses()) {
+            pass->setSeparateSceneBlending(Ogre::SBF_SOURCE_ALPHA, Ogre::SBF_ONE_MINUS_SOURCE_ALPHA, Ogre::SBF_ONE,
+                                           Ogre::SBF_ONE_MINUS_SOURCE_ALPHA);
+        }
+    }
+}
 
 MVNOgreLabel::MVNOgreLabel() {
     log_debug(TAG, "init thread: %lld", static_cast<long long>(getCurrentThreadId()));
@@ -47,6 +63,15 @@ void MVNOgreLabel::_init() {
         text->setHeight(40);
         text->setColourTop(Ogre::ColourValue(1, 0, 0, 0.7f));
         text->setColourBottom(Ogre::ColourValue(1, 0, 0, 0.7f));
+        // The glyphs must be there before the text area lays out its
+        // first caption, or it keeps texture coordinates of nothing.
+        Ogre::FontPtr font = Ogre::FontManager::getSingleton().getByName("Sony_Sketch_EF", Ogre::RGN_AUTODETECT);
+        if (!font) {
+            OGRE_EXCEPT(Ogre::Exception::ERR_ITEM_NOT_FOUND, "Could not find font Sony_Sketch_EF",
+                        "Morvane::MVNOgreLabel::_init");
+        }
+        font->load();
+        keepAlphaOpaque(font->getMaterial());
         text->setFontName("Sony_Sketch_EF", Ogre::RGN_AUTODETECT);
         text->setCharHeight(24);
         static_cast<Ogre::OverlayContainer*>(mPanel)->addChild(text);

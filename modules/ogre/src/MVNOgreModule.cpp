@@ -9,6 +9,10 @@
 #include "MVNLog.h"
 #include "MVNOgreExport.h"
 #include "MVNOgreRenderSystem.h"
+#include "MVNOgreRenderTexture.h"
+#include "MVNProducerColor.h"
+#include "MVNProducerImage.h"
+#include "MVNProducerPixelBuffer.h"
 #include "MVNProfile.h"
 #include "MVNProperties.h"
 #include "MVNRenderSystem.h"
@@ -99,8 +103,8 @@ MVNRenderTexture* createOgreRenderTexture(const MVNProfile* profile, const MVNPr
             log_error(kTag, "createRenderTexture failed, invalid zOrder:%d", zOrder);
             return nullptr;
         }
-        return serviceNotAvailable<MVNRenderTexture>("ogreRenderTexture", resource, width, height, profile->width(),
-                                                     profile->height(), zOrder, groupName);
+        return new MVNOgreRenderTexture(resource, width, height, profile->width(), profile->height(), zOrder,
+                                        groupName);
     });
 }
 
@@ -118,14 +122,14 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
         const char* name = service.c_str();
 
         if (service == "ogre.color") {
-            return serviceNotAvailable(name, *profile, zOrder);
+            return new MVNProducerColor(*profile, zOrder);
         }
         if (service == "ogre.pixelbuffer") {
-            return serviceNotAvailable(name, *profile, zOrder);
+            return new MVNProducerPixelBuffer(*profile, zOrder);
         }
         if (service == "ogre.image") {
             std::string resource = props.getString("resource", "");
-            return serviceNotAvailable(name, *profile, resource, zOrder);
+            return new MVNProducerImage(*profile, resource.c_str(), zOrder);
         }
         if (service == "text") {
             bool textThree = props.getBoolean("textThree", false);

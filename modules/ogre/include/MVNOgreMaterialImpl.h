@@ -1,0 +1,18 @@
+#pragma once
+#include <cstdint>
+
+#include "MVNOgreForward.h"
+
+namespace Morvane {
+
+// One engine material bound to the picture it shows. Render thread only.
+class MVNOgreMaterialImpl {
+public:
+    virtual ~MVNOgreMaterialImpl() = default;
+    // Into the material's own texture; see MVNOgreMaterialTextureImpl.
+    virtual void updateTexture(uint8_t* data, int width, int height) = 0;
+    // Null when the material could not be had.
+    virtual Ogre::MaterialPtr getMaterial() = 0;
+};
+
+}  // namespace Morvane

@@ -1,0 +1,116 @@
+#pragma once
+// Helpers of the quad, material and producer tests: an engine of a small
+// profile with the module installed in the host's repository, pictures in
+// the host's byte order with a marker corner, and read-back checks in
+// profile coordinates (origin bottom-left, as the producers' geometry).
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "GpuTestSupport.h"
+#include "MVNByteBuffer.h"
+#include "MVNByteBufferPool.h"
+#include "MVNRepository.h"
+
+extern "C" int MVNOgre_module_install(Morvane::MVNRepository* repository);
+
+namespace MorvaneTest {
+
+// A B,G,R,A picture of w x h filled with `fill`, rows top first.
+struct BgraPicture {
+    int width;
+    int height;
+    std::vector<uint8_t> bytes;
+
+    BgraPicture(int w, int h, RGBA fill) : width(w), height(h), bytes(static_cast<size_t>(w) * h * 4) {
+        paint(0, 0, w, h, fill);
+    }
+    // A block with its top-left pixel at (x, y), y counted from the top.
+    void paint(int x, int y, int w, int h, RGBA c) {
+        for (int j = y; j < y + h; ++j) {
+            for (int i = x; i < x + w; ++i) {
+                uint8_t* p = &bytes[(static_cast<size_t>(j) * width + i) * 4];
+                p[0] = c.b;
+                p[1] = c.g;
+                p[2] = c.r;
+                p[3] = c.a;
+            }
+        }
+    }
+    uint8_t* data() { return bytes.data(); }
+};
+
+// The composed picture, read back once; released at the end of the scope.
+class Composition {
+public:
+    Composition(int w, int h) : width_(w), height_(h) {
+        image_ = Morvane::MVNOgreManager::getSingleton()->getRenderImage();
+    }
+    ~Composition() {
+        if (image_) Morvane::MVNByteBufferPool::sRelease(image_);
+    }
+    Composition(const Composition&) = delete;
+    Composition& operator=(const Composition&) = delete;
+
+    bool ok() const { return image_ != nullptr && image_->size() == width_ * height_ * 4; }
+    // Pixel (x, y) of the profile, y counted from the bottom.
+    RGBA at(int x, int y) const { return picture().at(x, height_ - 1 - y); }
+    Picture picture() const { return Picture{image_->ptr(), width_, height_}; }
+    void save(const std::string& name) const { picture().save(name + ".png"); }
+
+    // Pixels inside the profile rectangle (x, y, w, h) that aren't `inside`,
+    // plus pixels outside it that aren't `outside`.
+    int countWrong(int x, int y, int w, int h, RGBA inside, RGBA outside) const {
+        int wrong = 0;
+        for (int py = 0; py < height_; ++py) {
+            for (int px = 0; px < width_; ++px) {
+                bool in = px >= x && px < x + w && py >= y && py < y + h;
+                if (!(at(px, py) == (in ? inside : outside))) ++wrong;
+            }
+        }
+        return wrong;
+    }
+
+private:
+    int width_;
+    int height_;
+    Morvane::MVNByteBuffer* image_ = nullptr;
+};
+
+// Largest difference of the colour channels (alpha left out).
+inline int maxColourDifference(RGBA a, RGBA b) {
+    int d = std::abs(a.r - b.r);
+    d = std::max(d, std::abs(a.g - b.g));
+    return std::max(d, std::abs(a.b - b.b));
+}
+
+// An engine of w x h with a magenta background, the module's factories
+// registered with the host, and the window kept off full screen.
+class QuadEngineTest : public ::testing::Test {
+protected:
+    static constexpr int W = 320;
+    static constexpr int H = 180;
+
+    void SetUp() override {
+        touchMarker("not_full_screen");
+        Morvane::MVNRepository* repository = Morvane::MVNRepository::getSingleton();
+        if (!repository->hasRenderTexture("ogreRenderTexture")) MVNOgre_module_install(repository);
+        run_.reset(new EngineRun(W, H));
+        ASSERT_EQ(run_->rc, 0);
+        TestScene::setBackground(kMagenta);
+    }
+    void TearDown() override {
+        run_.reset();
+        removeMarker("not_full_screen");
+    }
+
+    Morvane::MVNProfile profile() const { return Morvane::MVNProfile(W, H, 25); }
+
+    std::unique_ptr<EngineRun> run_;
+};
+
+}  // namespace MorvaneTest

@@ -275,7 +275,7 @@ std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, c
 
 // Builds what the plans describe; throws ProjectError after a refusal (the
 // caller destroys what was built).
-void build(const std::vector<TrackPlan>& plans, MVNProject& project) {
+void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
     MVNFactory* factory = MVNFactory::getSingleton();
     const MVNProfile& profile = project.profile;
     MVNProperties none;
@@ -329,20 +329,30 @@ void build(const std::vector<TrackPlan>& plans, MVNProject& project) {
 
 }  // namespace
 
-int MVNProjectLoader::load(const std::string& path, MVNProject& project, const std::string& profileOverride) {
+struct MVNProjectLoader::Plan {
+    std::vector<TrackPlan> tracks;
+};
+
+MVNProjectLoader::MVNProjectLoader() = default;
+MVNProjectLoader::~MVNProjectLoader() = default;
+
+int MVNProjectLoader::read(const std::string& path, MVNProject& project, const std::string& profileOverride) {
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         mError = path + ": cannot open the project file";
+        mPlan.reset();
         return -1;
     }
     std::ostringstream text;
     text << in.rdbuf();
-    return loadFromString(text.str(), path, project, profileOverride);
+    return readFromString(text.str(), path, project, profileOverride);
 }
 
-int MVNProjectLoader::loadFromString(const std::string& text, const std::string& path, MVNProject& project,
+int MVNProjectLoader::readFromString(const std::string& text, const std::string& path, MVNProject& project,
                                      const std::string& profileOverride) {
     mError.clear();
+    mPlan.reset();
+    mPath = path;
     project = MVNProject();
     std::error_code ec;
     project.path = fs::absolute(path, ec).lexically_normal().string();
@@ -363,18 +373,46 @@ int MVNProjectLoader::loadFromString(const std::string& text, const std::string&
             if (it.key() != "profile" && it.key() != "tracks") fail(it.key(), "unknown key");
         }
         project.profile = parseProfile(root, profileOverride, where);
-        std::vector<TrackPlan> plans = planTracks(root, project.profile, project.folder, project.resourceLocations);
-        build(plans, project);
-        if (project.length <= 0) fail("tracks", "nothing to render: every track is empty");
+        where.clear();
+        auto plan = std::make_unique<Plan>();
+        plan->tracks = planTracks(root, project.profile, project.folder, project.resourceLocations);
+        mPlan = std::move(plan);
     } catch (const ProjectError& e) {
         mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;
+        log_info(kTag, "%s", mError.c_str());
+        return -1;
+    }
+    return 0;
+}
+
+int MVNProjectLoader::build(MVNProject& project) {
+    if (!mPlan) {
+        mError = mPath + ": nothing read to build";
+        return -1;
+    }
+    try {
+        buildTracks(mPlan->tracks, project);
+        if (project.length <= 0) fail("tracks", "nothing to render: every track is empty");
+    } catch (const ProjectError& e) {
+        mError = mPath + ": " + e.path + ": " + e.reason;
         log_info(kTag, "%s", mError.c_str());
         unload(project);
         return -1;
     }
-    log_info(kTag, "%s: %zu services, %d frames at %dx%d", path.c_str(), project.serviceIds.size(), project.length,
-             project.profile.width(), project.profile.height());
+    log_info(kTag, "%s: %zu services, %d frames at %dx%d", mPath.c_str(), project.serviceIds.size(),
+             project.length, project.profile.width(), project.profile.height());
     return 0;
+}
+
+int MVNProjectLoader::load(const std::string& path, MVNProject& project, const std::string& profileOverride) {
+    if (read(path, project, profileOverride) != 0) return -1;
+    return build(project);
+}
+
+int MVNProjectLoader::loadFromString(const std::string& text, const std::string& path, MVNProject& project,
+                                     const std::string& profileOverride) {
+    if (readFromString(text, path, project, profileOverride) != 0) return -1;
+    return build(project);
 }
 
 void MVNProjectLoader::unload(MVNProject& project) {

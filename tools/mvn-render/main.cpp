@@ -130,6 +130,22 @@ std::string stateFolder() {
     return dir.string();
 }
 
+// Unless MORVANE_LOG_LEVEL says otherwise, warnings and errors reach the
+// user, without the engine's start-up notice that every run logs, and
+// nothing at all with --quiet (the tool's own one-line errors still do).
+void setUpLogging(bool quiet) {
+    const char* env = std::getenv("MORVANE_LOG_LEVEL");
+    if (env && *env) return;
+    setLogLevel(MVNLogLevel::Off);
+    if (quiet) return;
+    addLogSink([](const MVNLogLine& line) {
+        if (line.level < MVNLogLevel::Warn) return;
+        if (line.message.find("must contain at least one entry") != std::string::npos) return;
+        std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
+                     line.message.c_str());
+    });
+}
+
 std::string join(const std::vector<std::string>& parts, char sep) {
     std::string out;
     for (const auto& p : parts) {
@@ -144,6 +160,7 @@ std::string join(const std::vector<std::string>& parts, char sep) {
 int main(int argc, char** argv) {
     Options opt;
     if (parseArgs(argc, argv, opt) != 0) return kExitBadInput;
+    setUpLogging(opt.quiet);
 
     std::error_code ec;
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
@@ -178,24 +195,18 @@ int main(int argc, char** argv) {
 
     MVNProjectLoader loader;
     MVNProject project;
-    if (loader.load(projectPath, project, opt.profile) != 0) {
+    if (loader.read(projectPath, project, opt.profile) != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
         return kExitBadInput;
     }
-    int first = opt.first < 0 ? 0 : opt.first;
-    int last = opt.last < 0 ? project.length - 1 : opt.last;
-    if (last >= project.length) {
-        std::fprintf(stderr, "mvn-render: --frames %d:%d lies past the project's end (%d frames)\n", first, last,
-                     project.length);
-        MVNProjectLoader::unload(project);
-        return kExitBadInput;
-    }
+    const int first = opt.first < 0 ? 0 : opt.first;
 
+    // The length is known once the timeline is built; the frame range is
+    // checked then.
     std::string sinkError;
     std::unique_ptr<MVNOutputSink> sink = MVNOutputSink::create(output, first, sinkError);
     if (!sink) {
         std::fprintf(stderr, "mvn-render: %s\n", sinkError.c_str());
-        MVNProjectLoader::unload(project);
         return kExitBadInput;
     }
 
@@ -204,7 +215,6 @@ int main(int argc, char** argv) {
     if (!env || !*env) {
         if (display.start(project.profile.width(), project.profile.height()) != 0) {
             std::fprintf(stderr, "mvn-render: no DISPLAY and %s\n", display.error().c_str());
-            MVNProjectLoader::unload(project);
             return kExitFailed;
         }
         if (!opt.quiet) std::fprintf(stderr, "mvn-render: no DISPLAY, rendering on virtual display %s\n", display.name().c_str());
@@ -216,8 +226,23 @@ int main(int argc, char** argv) {
     if (!rs || rs->init() != 0) {
         std::fprintf(stderr, "mvn-render: the renderer could not start (run with MORVANE_LOG_LEVEL=info for details)\n");
         delete rs;
-        MVNProjectLoader::unload(project);
         return kExitFailed;
+    }
+    // Services that draw are built on the running renderer.
+    if (loader.build(project) != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
+        rs->release();
+        delete rs;
+        return kExitBadInput;
+    }
+    const int last = opt.last < 0 ? project.length - 1 : opt.last;
+    if (last >= project.length) {
+        std::fprintf(stderr, "mvn-render: --frames %d:%d lies past the project's end (%d frames)\n", first, last,
+                     project.length);
+        MVNProjectLoader::unload(project);
+        rs->release();
+        delete rs;
+        return kExitBadInput;
     }
 
     struct sigaction sa{};

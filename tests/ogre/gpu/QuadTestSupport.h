@@ -75,7 +75,25 @@ public:
         return wrong;
     }
 
+    // Pixels inside (or outside) the profile rectangle that are (`equal`
+    // true) or aren't `c`.
+    int countInside(int x, int y, int w, int h, RGBA c, bool equal) const { return count(x, y, w, h, c, equal, true); }
+    int countOutside(int x, int y, int w, int h, RGBA c, bool equal) const {
+        return count(x, y, w, h, c, equal, false);
+    }
+
 private:
+    int count(int x, int y, int w, int h, RGBA c, bool equal, bool inside) const {
+        int n = 0;
+        for (int py = 0; py < height_; ++py) {
+            for (int px = 0; px < width_; ++px) {
+                bool in = px >= x && px < x + w && py >= y && py < y + h;
+                if (in == inside && (at(px, py) == c) == equal) ++n;
+            }
+        }
+        return n;
+    }
+
     int width_;
     int height_;
     Morvane::MVNByteBuffer* image_ = nullptr;
@@ -86,6 +104,13 @@ inline int maxColourDifference(RGBA a, RGBA b) {
     int d = std::abs(a.r - b.r);
     d = std::max(d, std::abs(a.g - b.g));
     return std::max(d, std::abs(a.b - b.b));
+}
+
+// How many resources an engine manager holds. Render thread only.
+inline size_t resourceCount(Ogre::ResourceManager& manager) {
+    size_t n = 0;
+    for (auto it = manager.getResourceIterator(); it.hasMoreElements(); it.moveNext()) ++n;
+    return n;
 }
 
 // An engine of w x h with a magenta background, the module's factories

@@ -72,6 +72,9 @@ int MVNPlaylist::append(const std::string& id) {
         item->id = id;
         mItems.push_back(std::move(item));
     }
+    // A clip that draws on the GPU shows from the moment it is built; it
+    // stays hidden until the timeline reaches it (getImage shows it again).
+    p->resetRender(-1);
     refresh();
     return 0;
 }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -148,6 +149,25 @@ TEST_F(MvnRender, BadInputExitsWithTwoAndOneLine) {
     EXPECT_NE(r.err.find("no such project file"), std::string::npos);
     r = runTool(project + " -o " + out + " --frames 4:2");
     EXPECT_EQ(r.status, 2);
+}
+
+TEST_F(MvnRender, AClipAfterABlankShowsOnlyFromItsStart) {
+    // A picture clip puts its quad in the scene when it is built, long
+    // before the timeline reaches it.
+    std::vector<uint8_t> blue(16 * 16 * 4);
+    for (size_t i = 0; i < blue.size(); i += 4) blue[i] = blue[i + 3] = 255;  // B,G,R,A
+    ASSERT_EQ(MVNImage::saveToFile((dir / "blue.png").string(), blue.data(), 16, 16), 0);
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } } ] },
+        { "clips": [ { "blank": 3 }, { "service": "ogre.image", "resource": "blue.png", "length": 3 } ] } ] })";
+    ToolRun r = runTool(project + " -o - --quiet");
+    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(r.out.size(), 6u * 64 * 64 * 4);
+    for (int frame = 0; frame < 6; ++frame) {
+        const uint8_t* centre = reinterpret_cast<const uint8_t*>(r.out.data()) + (frame * 64 * 64 + 32 * 64 + 32) * 4;
+        EXPECT_EQ(centre[0], frame < 3 ? 255 : 0) << "frame " << frame;  // red below, blue from frame 3
+        EXPECT_EQ(centre[2], frame < 3 ? 0 : 255) << "frame " << frame;
+    }
 }
 
 TEST_F(MvnRender, FramesPastTheEndAreRefused) {

@@ -68,8 +68,8 @@ LOOKS = [
     # Blue cloudy day: cool, muted, blue in the shadows.
     ("BlueCloudyFilter", dict(gain=(0.92, 0.98, 1.1), lift=(0.0, 0.02, 0.08), saturation=0.8)),
     # Bold red and blue: punchy colour, deep contrast.
-    ("CaptainAmericaFilter", dict(saturation=1.4, contrast=0.3, shadow=(-0.02, 0.0, 0.08),
-                                  highlight=(0.08, 0.0, -0.04))),
+    ("CaptainAmericaFilter", dict(saturation=1.3, contrast=0.35, shadow=(-0.04, 0.0, 0.12),
+                                  highlight=(0.1, 0.0, -0.05))),
     # Glossy shop window: bright, clean, pink highlights.
     ("CelebrityShopFilter", dict(gain=(1.1, 1.06, 1.06), gamma=(1.1, 1.05, 1.05),
                                  highlight=(0.05, 0.0, 0.04), saturation=1.08)),
@@ -135,11 +135,11 @@ LOOKS = [
     ("MadMaxFilter", dict(highlight=(0.1, 0.03, -0.06), shadow=(-0.04, 0.04, 0.07), contrast=0.4,
                           saturation=1.2)),
     # Medium: gentle enhancement.
-    ("MediumFilter", dict(contrast=0.15, saturation=1.12)),
+    ("MediumFilter", dict(contrast=0.3, saturation=1.1, gain=(1.04, 1.0, 0.95), fade=0.02)),
     # Nara: deer-park greens and browns.
     ("NaraFilter", dict(gain=(1.02, 1.04, 0.88), saturation=0.9, highlight=(0.02, 0.04, -0.02))),
     # Natural: vivid but true.
-    ("NaturalFilter", dict(saturation=1.18, contrast=0.08, gain=(1.0, 1.03, 1.0))),
+    ("NaturalFilter", dict(saturation=1.2, gamma=(1.0, 1.05, 1.0), gain=(0.98, 1.04, 1.0))),
     # Old house: half-toned sepia, matte, dark corners.
     ("OldHouseFilter", dict(mono=(1.12, 0.98, 0.78, 0.55), fade=0.1, vignette=0.4)),
     # Orange desert: sand and heat.
@@ -168,7 +168,7 @@ LOOKS = [
     ("TwiLightFilter", dict(gain=(0.92, 0.9, 1.12), gamma=(0.9, 0.9, 0.95), saturation=0.85,
                             shadow=(0.03, 0.0, 0.07))),
     # Vibrant: colour up.
-    ("VibrantFilter", dict(saturation=1.45, contrast=0.1, gain=(1.02, 1.02, 1.02))),
+    ("VibrantFilter", dict(saturation=1.5, gamma=(1.08, 1.08, 1.08))),
     # Vlog: clean, bright, slightly warm.
     ("VlogWindFilter", dict(gamma=(1.12, 1.1, 1.06), fade=0.03, saturation=1.05, contrast=-0.08)),
     # Warm sun: golden light.

@@ -23,6 +23,7 @@ import sys
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.normpath(os.path.join(HERE, "..", ".."))
 sys.path.insert(0, HERE)
+sys.dont_write_bytecode = True  # keep the media folder free of caches
 
 import catalogue  # noqa: E402
 

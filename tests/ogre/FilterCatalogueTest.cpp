@@ -54,6 +54,22 @@ TEST(FilterCatalogueGenerated, CommittedFilesAreWhatTheGeneratorWrites) {
     fs::remove(out.string() + ".log");
 }
 
+TEST(FilterCatalogueGenerated, BundledLookupTablesAreWhatTheirGeneratorWrites) {
+    fs::path out = fs::temp_directory_path() / ("mvn-lut-generate-" + std::to_string(::getpid()));
+    fs::remove_all(out);
+    std::string command = "python3 '" MVN_SOURCE_DIR "/media/luts/generate.py' --out '" + out.string() + "' > /dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    int compared = 0;
+    for (const auto& item : fs::directory_iterator(out)) {
+        fs::path committed = fs::path(MVN_SOURCE_DIR) / "media/luts" / item.path().filename();
+        EXPECT_TRUE(readFile(item.path()) == readFile(committed))
+            << committed << " differs from the generator's output: run media/luts/generate.py";
+        ++compared;
+    }
+    EXPECT_EQ(compared, 3);
+    fs::remove_all(out);
+}
+
 TEST(FilterCatalogue, HoldsEveryNameOnceAndFindsItByName) {
     ASSERT_EQ(MVNFilterCatalogue::count(), 135);
     std::set<std::string> names;

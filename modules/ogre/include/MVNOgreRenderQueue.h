@@ -1,10 +1,10 @@
 #pragma once
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
 
-#include "Condition11.h"
 #include "MVNOgreExport.h"
 #include "Mutex11.h"
 
@@ -50,15 +50,18 @@ private:
     void _work();
     // Recycles unrun what is left; only the destructor calls it.
     void _clear();
-    // Runs the front item; queueLock is held by the caller.
-    void runFront();
+    // Takes the front item off and runs its function; queueLock is held by
+    // the caller. Returns the item for finish().
+    MVNOgreRenderable* runFront();
+    // Marks the item done, wakes its waiter and recycles it.
+    void finish(MVNOgreRenderable* renderable);
 
     std::deque<MVNOgreRenderable*> mRenderables;  // the work, first in first out
     std::atomic<bool> mRunning{false};            // the thread is meant to run
     MVNRenderThread* mThread = nullptr;           // owned; built at the first start
     Mutex11 mLifecycleLock;                       // orders start and stop
     Mutex11 mQueueLock;                           // guards mRenderables, held while an item runs
-    Condition11 mCondition;                       // work has arrived
+    std::condition_variable mCondition;           // work has arrived; waited on with mQueueLock
     std::atomic<bool> mExecuting{false};          // an item is running right now
     std::atomic<size_t> mPending{0};              // mRenderables.size(), readable without the lock
     Recycler mRecycler;

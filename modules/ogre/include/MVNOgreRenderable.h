@@ -1,9 +1,9 @@
 #pragma once
 #include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <string>
 
-#include "Condition11.h"
 #include "MVNOgreExport.h"
 #include "Mutex11.h"
 
@@ -58,7 +58,9 @@ private:
     std::atomic<bool> mCompleted{false};  // the function has run
     std::atomic<bool> mUsePool{false};    // back to the pool after the run, not deleted
     Mutex11 mLock;                        // guards mCallback, the run and the wait
-    Condition11 mCondition;               // signalled at completion
+    // Signalled at completion. It waits on mLock itself, so the test of
+    // mCompleted and the wait are one step and no completion is missed.
+    std::condition_variable mCondition;
     std::function<void()> mCallback;      // the work
     std::string mName;                    // the work's name in the logs
     unsigned mGeneration = 0;             // bumped by reset(), under mLock

@@ -1,5 +1,6 @@
 #include "MVNOgreRenderQueue.h"
 
+#include <chrono>
 #include <exception>
 #include <mutex>
 #include <system_error>
@@ -14,9 +15,9 @@ namespace Morvane {
 
 static const char* const kTag = "Morvane::MVNOgreRenderQueue";
 
-// The longest the render thread sleeps between looks at the queue. The
-// condition doesn't share the queue's lock, so a signal can be missed; this
-// bound is what picks such an item up.
+// The longest the render thread sleeps between looks at the queue. Arrivals
+// are signalled under the queue's lock, which the wait releases atomically,
+// so no wake-up is lost; the step stays as an upper bound all the same.
 static const int kIdleStepMs = 20;
 
 MVNOgreRenderQueue::MVNOgreRenderQueue()
@@ -62,7 +63,7 @@ void MVNOgreRenderQueue::stop() {
     mRunning = false;
     {
         AutoLock queueGuard(mQueueLock);
-        mCondition.signal();
+        mCondition.notify_one();
     }
     try {
         mThread->join();
@@ -79,7 +80,7 @@ void MVNOgreRenderQueue::addRenderable(MVNOgreRenderable* renderable) {
     AutoLock guard(mQueueLock);
     mRenderables.push_back(renderable);
     ++mPending;
-    mCondition.signal();
+    mCondition.notify_one();
 }
 
 void MVNOgreRenderQueue::addRenderableWait(MVNOgreRenderable* renderable) {
@@ -98,7 +99,7 @@ bool MVNOgreRenderQueue::hasRenderable() const {
     return mPending > 0 || mExecuting;
 }
 
-void MVNOgreRenderQueue::runFront() {
+MVNOgreRenderable* MVNOgreRenderQueue::runFront() {
     MVNOgreRenderable* renderable = mRenderables.front();
     mRenderables.pop_front();
     mExecuting = true;
@@ -111,9 +112,13 @@ void MVNOgreRenderQueue::runFront() {
     } catch (...) {
         log_error(kTag, "%s threw an unknown exception", renderable->getName());
     }
-    renderable->complete();
     --mPending;
     mExecuting = false;
+    return renderable;
+}
+
+void MVNOgreRenderQueue::finish(MVNOgreRenderable* renderable) {
+    renderable->complete();
     try {
         mRecycler(renderable);
     } catch (const std::exception& e) {
@@ -126,19 +131,23 @@ void MVNOgreRenderQueue::_work() {
     while (mRunning) {
         guard.lock();
         while (mRenderables.empty() && mRunning) {
-            guard.unlock();
-            mCondition.timedWait(kIdleStepMs);
-            guard.lock();
+            mCondition.wait_for(guard, std::chrono::milliseconds(kIdleStepMs));
         }
-        if (!mRenderables.empty()) {
-            runFront();
-        }
+        MVNOgreRenderable* done = mRenderables.empty() ? nullptr : runFront();
         guard.unlock();
+        // The waiter is woken after the queue's lock is given up: waking it
+        // is a system call, and holding the lock over it would stall every
+        // poster, the woken caller's next post included, for its length.
+        // The function itself still ran under the lock.
+        if (done) {
+            finish(done);
+        }
     }
-    // Stopping: nothing that was queued is dropped.
+    // Stopping: nothing that was queued is dropped. The lock stays held
+    // over the whole drain, so that nothing posted meanwhile is run.
     guard.lock();
     while (!mRenderables.empty()) {
-        runFront();
+        finish(runFront());
     }
     guard.unlock();
 }

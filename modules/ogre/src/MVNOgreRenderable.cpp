@@ -1,5 +1,6 @@
 #include "MVNOgreRenderable.h"
 
+#include <chrono>
 #include <mutex>
 
 #include "AutoLock.h"
@@ -58,18 +59,18 @@ void MVNOgreRenderable::wait(unsigned generation) {
         if (count > kWaitSteps) {
             break;
         }
-        // The condition has its own mutex; a signal that falls between the
-        // test above and this wait is lost, and the bounded step repairs it.
-        guard.unlock();
-        mCondition.timedWait(kWaitStepMs);
-        guard.lock();
+        // Releases mLock while it waits and takes it back before the next
+        // test: complete() signals under mLock, so a completion can't fall
+        // between the test and the wait. While the function runs, exec()
+        // holds mLock and the wait ends only with the run, uncounted.
+        mCondition.wait_for(guard, std::chrono::milliseconds(kWaitStepMs));
     }
     log_warn(kTag, "%s run too long time", mName.c_str());
 }
 
 void MVNOgreRenderable::signal() {
     AutoLock guard(mLock);
-    mCondition.signal();
+    mCondition.notify_one();
 }
 
 void MVNOgreRenderable::complete() {

@@ -1,0 +1,233 @@
+// GPU paths beside a memcpy of the same bytes, measured in the same
+// iteration so that the ratio holds on a noisy machine:
+//   ReadBack/<reader>/<aa|noaa>/WxH   each reader's getRenderImage
+//   Upload/WxH                        a picture through a texture node
+// The engine is started once per size (default 1280x720 and 1920x1080;
+// --sizes=WxH,... picks others) in a scratch working folder, on the display
+// in DISPLAY. Times are medians of the iterations, in milliseconds.
+//
+// A read is the reader's whole getRenderImage: the scene is drawn into the
+// read target and copied out. render_ms is the draw alone (the target's
+// update, or the window's for the window readers), so read_ms - render_ms
+// is what the copy to memory costs.
+#include <benchmark/benchmark.h>
+
+#include <Ogre.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "MVNByteBuffer.h"
+#include "MVNByteBufferPool.h"
+#include "MVNOgreContext.h"
+#include "MVNOgreManager.h"
+#include "MVNOgreRenderReader.h"
+#include "MVNOgreTextureNodePlane.h"
+#include "MVNOgreTextureNodeThread.h"
+
+using namespace Morvane;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double msSince(Clock::time_point begin) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
+
+double median(std::vector<double> v) {
+    if (v.empty()) return 0;
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+MVNOgreContext* context() { return static_cast<MVNOgreContext*>(MVNOgreManager::getSingleton()->getOgreContext()); }
+
+void onRenderThread(std::function<void()> f, const char* name) {
+    MVNOgreManager::getSingleton()->callRenderableWait(std::move(f), name);
+}
+
+struct ReaderCase {
+    const char* name;
+    MVNOgreRenderReaderType type;
+    bool antiAliasing;
+    // The window readers ignore the flag: the window has its own
+    // multisampling, chosen when the engine starts.
+    bool windowReader;
+};
+
+const ReaderCase kReaders[] = {
+    {"rtt", MVN_READER_RTT, true, false},
+    {"rtt", MVN_READER_RTT, false, false},
+    {"rtt_sample", MVN_READER_RTT_SAMPLE, true, false},
+    {"rtt_sample", MVN_READER_RTT_SAMPLE, false, false},
+    {"direct", MVN_READER_DIRECT, true, true},
+    {"gl", MVN_READER_GL, true, true},
+};
+
+// Draws the scene into the reader's target without reading anything.
+void renderOnly(const ReaderCase& c) {
+    if (c.windowReader) {
+        MVNOgreManager::getSingleton()->renderOneFrame();
+        return;
+    }
+    onRenderThread(
+        [] {
+            Ogre::TextureManager& tm = Ogre::TextureManager::getSingleton();
+            if (!tm.resourceExists("RttTex", Ogre::RGN_DEFAULT)) return;
+            tm.getByName("RttTex", Ogre::RGN_DEFAULT)->getBuffer()->getRenderTarget()->update(true);
+        },
+        "benchRenderOnly");
+}
+
+void BM_ReadBack(benchmark::State& state, ReaderCase c) {
+    bool ok = false;
+    onRenderThread([&] { ok = context()->resetRenderReader(c.type, c.antiAliasing); }, "benchResetReader");
+    if (!ok) {
+        state.SkipWithError("reader could not start");
+        return;
+    }
+    const int w = context()->getWidth();
+    const int h = context()->getHeight();
+    const size_t bytes = static_cast<size_t>(w) * h * 4;
+    std::vector<unsigned char> copy(bytes, 1);
+    std::vector<double> read, render, mem;
+    for (auto _ : state) {
+        // The GL reader reads what the last draw left in the window.
+        if (c.type == MVN_READER_GL) MVNOgreManager::getSingleton()->renderOneFrame();
+        auto t0 = Clock::now();
+        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
+        read.push_back(msSince(t0));
+        if (!image) {
+            state.SkipWithError("getRenderImage gave nothing");
+            return;
+        }
+        auto t1 = Clock::now();
+        std::memcpy(copy.data(), image->ptr(), bytes);
+        benchmark::ClobberMemory();
+        mem.push_back(msSince(t1));
+        MVNByteBufferPool::sRelease(image);
+        auto t2 = Clock::now();
+        renderOnly(c);
+        render.push_back(msSince(t2));
+    }
+    double r = median(read), d = median(render), m = median(mem);
+    state.counters["read_ms"] = r;
+    state.counters["render_ms"] = d;
+    state.counters["memcpy_ms"] = m;
+    state.counters["x_memcpy"] = m > 0 ? r / m : 0;
+    // The copy alone; for the GL reader nothing is drawn inside the read.
+    double copyOnly = c.type == MVN_READER_GL ? r : std::max(0.0, r - d);
+    state.counters["copy_x_memcpy"] = m > 0 ? copyOnly / m : 0;
+}
+
+void BM_Upload(benchmark::State& state) {
+    const int w = context()->getWidth();
+    const int h = context()->getHeight();
+    const size_t bytes = static_cast<size_t>(w) * h * 4;
+    std::vector<unsigned char> picture(bytes);
+    for (size_t i = 0; i < bytes; ++i) picture[i] = static_cast<unsigned char>(i * 7);
+    std::vector<unsigned char> copy(bytes, 1);
+    std::vector<double> upload, mem;
+    {
+        MVNOgreTextureNodeThread<MVNOgreTextureNodePlane> node(std::string(), w, h, w, h, 0, std::string());
+        node.updateTexture(picture.data(), w, h);  // the texture is made by the first upload
+        for (auto _ : state) {
+            auto t0 = Clock::now();
+            node.updateTexture(picture.data(), w, h);
+            upload.push_back(msSince(t0));
+            auto t1 = Clock::now();
+            std::memcpy(copy.data(), picture.data(), bytes);
+            benchmark::ClobberMemory();
+            mem.push_back(msSince(t1));
+        }
+    }
+    double u = median(upload), m = median(mem);
+    state.counters["upload_ms"] = u;
+    state.counters["memcpy_ms"] = m;
+    state.counters["x_memcpy"] = m > 0 ? u / m : 0;
+}
+
+std::vector<std::pair<int, int>> parseSizes(const std::string& text) {
+    std::vector<std::pair<int, int>> sizes;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find(',', start);
+        if (end == std::string::npos) end = text.size();
+        int w = 0, h = 0;
+        if (std::sscanf(text.substr(start, end - start).c_str(), "%dx%d", &w, &h) == 2 && w > 0 && h > 0) {
+            sizes.emplace_back(w, h);
+        }
+        start = end + 1;
+    }
+    return sizes;
+}
+
+// The engine writes its configuration, log and caches into the working
+// folder: give it a scratch one.
+bool enterScratchFolder() {
+    char dir[] = "/tmp/mvn-bench-gpu-XXXXXX";
+    if (!::mkdtemp(dir) || ::chdir(dir) != 0) return false;
+    if (FILE* marker = std::fopen("not_full_screen", "w")) std::fclose(marker);
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string sizesArg = "1280x720,1920x1080";
+    std::vector<char*> rest;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--sizes=", 8) == 0) {
+            sizesArg = argv[i] + 8;
+        } else {
+            rest.push_back(argv[i]);
+        }
+    }
+    int restCount = static_cast<int>(rest.size());
+    benchmark::Initialize(&restCount, rest.data());
+    if (benchmark::ReportUnrecognizedArguments(restCount, rest.data())) return 2;
+    if (!std::getenv("DISPLAY")) {
+        std::fprintf(stderr, "mvn-bench-gpu: needs an X display (run under xvfb-run)\n");
+        return 2;
+    }
+    if (!enterScratchFolder()) {
+        std::fprintf(stderr, "mvn-bench-gpu: no scratch folder\n");
+        return 1;
+    }
+    int status = 0;
+    for (const auto& size : parseSizes(sizesArg)) {
+        const int w = size.first, h = size.second;
+        if (MVNOgreManager::getSingleton()->init(MVNProfile(w, h, 25), 0, 0) != 0) {
+            std::fprintf(stderr, "mvn-bench-gpu: the engine did not start at %dx%d\n", w, h);
+            MVNOgreManager::getSingleton()->release();
+            status = 1;
+            continue;
+        }
+        const std::string suffix = "/" + std::to_string(w) + "x" + std::to_string(h);
+        for (const ReaderCase& c : kReaders) {
+            std::string name = std::string("ReadBack/") + c.name + (c.windowReader ? "/window_aa" : c.antiAliasing ? "/aa" : "/noaa") + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBack, c)
+                ->Iterations(20)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
+        benchmark::RegisterBenchmark(("Upload" + suffix).c_str(), BM_Upload)
+            ->Iterations(20)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+        benchmark::RunSpecifiedBenchmarks();
+        benchmark::ClearRegisteredBenchmarks();
+        MVNOgreManager::getSingleton()->release();
+    }
+    benchmark::Shutdown();
+    return status;
+}

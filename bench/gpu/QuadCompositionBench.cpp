@@ -1,0 +1,67 @@
+// Frames a second of four full-frame picture clips in the shared scene, as a
+// host drives them: each frame uploads the four pictures, puts their
+// geometry again and reads the composed picture back. The top clip is half
+// transparent, so every quad is blended. Registered once: it runs in the
+// engine of the first size that mvn-bench-gpu starts (--sizes=1920x1080 for
+// full HD); the label names the size.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "MVNByteBuffer.h"
+#include "MVNByteBufferPool.h"
+#include "MVNOgreContextBase.h"
+#include "MVNOgreManager.h"
+#include "MVNOgreRenderTexture.h"
+
+using namespace Morvane;
+
+namespace {
+
+void composeFrames(benchmark::State& state, bool upload) {
+    MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext();
+    if (context == nullptr) {
+        state.SkipWithError("no engine");
+        return;
+    }
+    const int w = context->getWidth();
+    const int h = context->getHeight();
+    const MVNRect full(0, 0, static_cast<float>(w), static_cast<float>(h));
+    std::vector<std::unique_ptr<MVNOgreRenderTexture>> clips;
+    std::vector<std::vector<uint8_t>> pictures;
+    for (int i = 0; i < 4; ++i) {
+        pictures.emplace_back(static_cast<size_t>(w) * h * 4, static_cast<uint8_t>(60 * i));
+        for (size_t p = 3; p < pictures.back().size(); p += 4) pictures.back()[p] = i == 3 ? 128 : 255;
+        clips.push_back(std::make_unique<MVNOgreRenderTexture>("", w, h, w, h, i, ""));
+        clips.back()->setGeometry(full);
+        clips.back()->updateTexture(pictures.back().data(), w, h);
+    }
+    for (auto _ : state) {
+        if (upload) {
+            for (int i = 0; i < 4; ++i) {
+                clips[i]->updateTexture(pictures[i].data(), w, h);
+                clips[i]->setGeometry(full);
+            }
+        }
+        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
+        if (image == nullptr) {
+            state.SkipWithError("getRenderImage gave nothing");
+            break;
+        }
+        MVNByteBufferPool::sRelease(image);
+    }
+    state.SetLabel(std::to_string(w) + "x" + std::to_string(h));
+    state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+// Four uploads, four geometries and one read-back a frame.
+void BM_ComposeFourPictureClips(benchmark::State& state) { composeFrames(state, true); }
+// The same scene drawn and read back with no new pictures.
+void BM_ComposeFourPictureClipsNoUpload(benchmark::State& state) { composeFrames(state, false); }
+
+BENCHMARK(BM_ComposeFourPictureClips)->Iterations(30)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ComposeFourPictureClipsNoUpload)->Iterations(30)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace

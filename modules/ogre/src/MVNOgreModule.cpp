@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "MVNFilterSample.h"
 #include "MVNLog.h"
 #include "MVNOgreExport.h"
 #include "MVNOgreRenderSystem.h"
@@ -152,14 +153,14 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
                 log_error(kTag, "create filter sample failed, rsource is null");
                 return nullptr;
             }
-            return serviceNotAvailable(name, *profile, resource, typeUse);
+            return new MVNFilterSample(*profile, resource.c_str(), typeUse);
         }
         if (service == "ogre.tool") {
             // The tool is the same filter, used as a helper pass that needs
             // no resource.
             std::string resource = props.getString("resource", "");
             MVNFilterTypeUse typeUse = static_cast<MVNFilterTypeUse>(props.getInt32("typeUse", MVN_FILTER_USE_TOOL));
-            return serviceNotAvailable(name, *profile, resource, typeUse);
+            return new MVNFilterSample(*profile, resource.c_str(), typeUse);
         }
         if (service == "ogre.filter.canvas") {
             int canvasType = props.getInt32("canvasType", 0);

@@ -32,8 +32,13 @@ check-asan: deps
 	cmake --build $(ASAN_BUILD) -j $(JOBS) --target host_tests ogre_tests ogre_tests_slow codec_tests
 	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -L cpu -j $(JOBS)
 
+# Micro-benchmarks (queue round trip, pools), the GPU paths beside memcpy,
+# then the reference compositions against the ffmpeg command (bench/compose;
+# BENCH_ARGS=--quick for a short pass).
 bench: build
-	cd $(BUILD) && $(XVFB) ./bin/mvn-bench
+	cd $(BUILD) && ./bin/mvn-bench
+	cd $(BUILD) && $(XVFB) ./bin/mvn-bench-gpu
+	bench/compose --build $(BUILD) $(BENCH_ARGS)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) out

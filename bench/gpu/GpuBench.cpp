@@ -6,12 +6,19 @@
 // --sizes=WxH,... picks others) in a scratch working folder, on the display
 // in DISPLAY. Times are medians of the iterations, in milliseconds.
 //
-// A read is the reader's whole getRenderImage: the scene is drawn into the
-// read target and copied out. render_ms is the draw alone (the target's
-// update, or the window's for the window readers), so read_ms - render_ms
-// is what the copy to memory costs.
+// A read is the reader's whole getRenderImage: the scene (one full-frame
+// picture) is drawn into the read target and copied out. render_ms is the
+// draw alone (the target's update, or the window's for the window readers),
+// so read_ms - render_ms is what the copy to memory costs.
+//
+// ReadBack/one_copy_{bgra,rgba}/noaa is no reader of the module: it draws
+// the RTT reader's target and reads it with one glReadPixels, in the
+// target's own byte order (B,G,R,A) or in the readers' (R,G,B,A), to show
+// what a single copy costs here; draw and copy are timed apart on the
+// render thread.
 #include <benchmark/benchmark.h>
 
+#include <GL/gl.h>
 #include <Ogre.h>
 
 #include <unistd.h>
@@ -22,6 +29,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -73,20 +81,52 @@ const ReaderCase kReaders[] = {
     {"gl", MVN_READER_GL, true, true},
 };
 
-// Draws the scene into the reader's target without reading anything.
+// The render texture of the RTT readers ("RttTex"); null with another reader.
+Ogre::RenderTarget* readerTarget() {
+    Ogre::TextureManager& tm = Ogre::TextureManager::getSingleton();
+    if (!tm.resourceExists("RttTex", Ogre::RGN_DEFAULT)) return nullptr;
+    return tm.getByName("RttTex", Ogre::RGN_DEFAULT)->getBuffer()->getRenderTarget();
+}
+
+// Draws the scene into the reader's target without reading anything. The
+// software rasteriser draws only when something waits for the pixels, so
+// the draw is waited for here with glFinish.
 void renderOnly(const ReaderCase& c) {
-    if (c.windowReader) {
-        MVNOgreManager::getSingleton()->renderOneFrame();
-        return;
-    }
     onRenderThread(
-        [] {
-            Ogre::TextureManager& tm = Ogre::TextureManager::getSingleton();
-            if (!tm.resourceExists("RttTex", Ogre::RGN_DEFAULT)) return;
-            tm.getByName("RttTex", Ogre::RGN_DEFAULT)->getBuffer()->getRenderTarget()->update(true);
+        [c] {
+            if (c.windowReader) {
+                context()->getRenderWindow()->update(true);
+            } else if (Ogre::RenderTarget* target = readerTarget()) {
+                target->update(true);
+            }
+            glFinish();
         },
         "benchRenderOnly");
 }
+
+// A full-frame picture in the scene, so that every read has a quad to draw.
+class ScenePicture {
+public:
+    ScenePicture() {
+        const int w = context()->getWidth();
+        const int h = context()->getHeight();
+        std::vector<unsigned char> bgra(static_cast<size_t>(w) * h * 4);
+        for (int y = 0; y < h; ++y) {
+            for (int x = 0; x < w; ++x) {
+                unsigned char* p = &bgra[(static_cast<size_t>(y) * w + x) * 4];
+                p[0] = static_cast<unsigned char>(x);
+                p[1] = static_cast<unsigned char>(y);
+                p[2] = static_cast<unsigned char>(x + y);
+                p[3] = 255;
+            }
+        }
+        node.reset(new MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>(std::string(), w, h, w, h, 0, std::string()));
+        node->updateTexture(bgra.data(), w, h);
+    }
+
+private:
+    std::unique_ptr<MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>> node;
+};
 
 void BM_ReadBack(benchmark::State& state, ReaderCase c) {
     bool ok = false;
@@ -127,6 +167,89 @@ void BM_ReadBack(benchmark::State& state, ReaderCase c) {
     // The copy alone; for the GL reader nothing is drawn inside the read.
     double copyOnly = c.type == MVN_READER_GL ? r : std::max(0.0, r - d);
     state.counters["copy_x_memcpy"] = m > 0 ? copyOnly / m : 0;
+}
+
+// The RTT reader's target without multisampling, drawn and read with one
+// glReadPixels. The engine leaves the target's frame buffer bound after
+// the update.
+// Rows equal when `bgra` holds the same pixels as the reader's `rgba` row.
+bool sameRow(const unsigned char* got, const unsigned char* rgba, int width, bool gotIsBgra) {
+    for (int x = 0; x < width; ++x, got += 4, rgba += 4) {
+        unsigned char r = gotIsBgra ? got[2] : got[0];
+        unsigned char b = gotIsBgra ? got[0] : got[2];
+        if (r != rgba[0] || got[1] != rgba[1] || b != rgba[2] || got[3] != rgba[3]) return false;
+    }
+    return true;
+}
+
+void BM_ReadBackOneCopy(benchmark::State& state, bool bgra) {
+    bool ok = false;
+    onRenderThread([&] { ok = context()->resetRenderReader(MVN_READER_RTT, false); }, "benchResetReader");
+    if (!ok) {
+        state.SkipWithError("reader could not start");
+        return;
+    }
+    const int w = context()->getWidth();
+    const int h = context()->getHeight();
+    const size_t bytes = static_cast<size_t>(w) * h * 4;
+    std::vector<unsigned char> copy(bytes, 1);
+    // The reader's picture of the same scene, top row first, to check that
+    // the single copy reads the same pixels, and in which row order.
+    MVNByteBuffer* reference = MVNOgreManager::getSingleton()->getRenderImage();
+    std::vector<double> draw, read, mem;
+    bool topFirst = reference != nullptr;
+    bool bottomFirst = reference != nullptr;
+    for (auto _ : state) {
+        MVNByteBuffer* image = nullptr;
+        double drawMs = 0, readMs = 0;
+        onRenderThread(
+            [&] {
+                Ogre::RenderTarget* target = readerTarget();
+                image = MVNByteBufferPool::sAlloc(static_cast<int>(bytes));
+                if (!target || !image) return;
+                auto t0 = Clock::now();
+                target->update(true);
+                glFinish();
+                drawMs = msSince(t0);
+                auto t1 = Clock::now();
+                glPixelStorei(GL_PACK_ALIGNMENT, 4);
+                if (bgra) {
+                    glReadPixels(0, 0, w, h, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, image->ptr());
+                } else {
+                    glReadPixels(0, 0, w, h, GL_RGBA, GL_UNSIGNED_BYTE, image->ptr());
+                }
+                readMs = msSince(t1);
+            },
+            "benchOneCopyRead");
+        if (!image) {
+            state.SkipWithError("no buffer");
+            return;
+        }
+        draw.push_back(drawMs);
+        read.push_back(readMs);
+        const size_t row = static_cast<size_t>(w) * 4;
+        for (int y = 0; reference && y < h; y += h / 8) {
+            const unsigned char* want = reference->ptr() + static_cast<size_t>(y) * row;
+            topFirst = topFirst && sameRow(image->ptr() + static_cast<size_t>(y) * row, want, w, bgra);
+            bottomFirst = bottomFirst && sameRow(image->ptr() + static_cast<size_t>(h - 1 - y) * row, want, w, bgra);
+        }
+        auto t2 = Clock::now();
+        std::memcpy(copy.data(), image->ptr(), bytes);
+        benchmark::ClobberMemory();
+        mem.push_back(msSince(t2));
+        MVNByteBufferPool::sRelease(image);
+    }
+    MVNByteBufferPool::sRelease(reference);
+    double r = median(read), d = median(draw), m = median(mem);
+    state.counters["read_ms"] = d + r;
+    state.counters["render_ms"] = d;
+    state.counters["memcpy_ms"] = m;
+    state.counters["x_memcpy"] = m > 0 ? (d + r) / m : 0;
+    state.counters["copy_x_memcpy"] = m > 0 ? r / m : 0;
+    // 1 when the rows are the reader's, in the reader's order (top first)
+    // or upside down.
+    state.counters["same_top_first"] = topFirst ? 1 : 0;
+    state.counters["same_bottom_first"] = bottomFirst ? 1 : 0;
 }
 
 void BM_Upload(benchmark::State& state) {
@@ -213,9 +336,17 @@ int main(int argc, char** argv) {
             continue;
         }
         const std::string suffix = "/" + std::to_string(w) + "x" + std::to_string(h);
+        ScenePicture* picture = new ScenePicture();
         for (const ReaderCase& c : kReaders) {
             std::string name = std::string("ReadBack/") + c.name + (c.windowReader ? "/window_aa" : c.antiAliasing ? "/aa" : "/noaa") + suffix;
             benchmark::RegisterBenchmark(name.c_str(), BM_ReadBack, c)
+                ->Iterations(20)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
+        for (bool bgra : {true, false}) {
+            std::string name = std::string("ReadBack/one_copy_") + (bgra ? "bgra" : "rgba") + "/noaa" + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBackOneCopy, bgra)
                 ->Iterations(20)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
@@ -226,6 +357,7 @@ int main(int argc, char** argv) {
             ->UseRealTime();
         benchmark::RunSpecifiedBenchmarks();
         benchmark::ClearRegisteredBenchmarks();
+        delete picture;
         MVNOgreManager::getSingleton()->release();
     }
     benchmark::Shutdown();

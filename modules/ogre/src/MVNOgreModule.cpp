@@ -9,6 +9,7 @@
 #include "MVNFilterSample.h"
 #include "MVNLog.h"
 #include "MVNOgreExport.h"
+#include "MVNOgreManager.h"
 #include "MVNOgreRenderSystem.h"
 #include "MVNOgreRenderTexture.h"
 #include "MVNProducerColor.h"
@@ -76,6 +77,14 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
         // 0 stands for the profile's size.
         int renderWinWidth = props.getInt32("render_win_width", 0);
         int renderWinHeight = props.getInt32("render_win_height", 0);
+        // Folders, separated by ';', whose files the engine finds by name.
+        std::string locations = props.getString("resource_locations", "");
+        for (size_t start = 0; start < locations.size();) {
+            size_t end = locations.find(';', start);
+            if (end == std::string::npos) end = locations.size();
+            MVNOgreManager::getSingleton()->addResourceLocation(locations.substr(start, end - start));
+            start = end + 1;
+        }
         return new MVNOgreRenderSystem(*profile, renderWinWidth, renderWinHeight);
     });
 }

@@ -69,8 +69,11 @@ void MVNOgreRenderable::wait(unsigned generation) {
 }
 
 void MVNOgreRenderable::signal() {
-    AutoLock guard(mLock);
-    mCondition.notify_one();
+    // Taking the lock orders this signal after a waiter's test of its state;
+    // waking it after the lock is released spares the woken waiter a block
+    // on a lock that is still held.
+    { AutoLock guard(mLock); }
+    mCondition.notify_all();
 }
 
 void MVNOgreRenderable::complete() {

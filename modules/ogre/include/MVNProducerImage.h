@@ -15,7 +15,8 @@ namespace Morvane {
 // (-1 for none).
 class MVN_OGRE_API MVNProducerImage : public MVNProducer {
 public:
-    // Built, ten seconds long, with its quad; null with "create failed".
+    // Built, ten seconds long, with its quad; null with "create failed",
+    // also when the host has no "ogreRenderTexture" factory registered.
     static MVNProducerImage* create(const MVNProfile& profile, const char* resource, int zOrder);
 
     MVNProducerImage(const MVNProfile& profile, const char* resource, int zOrder);

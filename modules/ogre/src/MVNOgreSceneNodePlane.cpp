@@ -82,6 +82,8 @@ void MVNOgreSceneNodePlane::setVisible(bool visible) {
     if (node) node->setVisible(visible, true);
 }
 
+// Kept for a clip animation to take up; with none attached there is
+// nothing to move.
 void MVNOgreSceneNodePlane::setAnimation(int type) { animationType = type; }
 
 void MVNOgreSceneNodePlane::updateAnimation(int position) {}

@@ -113,11 +113,12 @@ void MVNProducerColor::_update(int position, MVNFrame* frame) {
 void MVNProducerColor::paint(uint8_t* bgra, int width, int height, MVNColor4B color, bool border, bool grids) {
     for (int y = 0; y < height; ++y) {
         uint8_t* p = bgra + static_cast<size_t>(y) * width * 4;
+        // Rows 0 and height - 1 and columns 0 and width - 1 carry no grid line.
         bool innerRow = y > 3 && y < height - 3;
-        bool gridRow = y > 0 && y < height - 1 && y % 50 == 0;
+        bool gridRow = y > 0 && y < height - 1;
         for (int x = 0; x < width; ++x, p += 4) {
             bool onBorder = border && !(innerRow && x > 3 && x < width - 3);
-            bool onGrid = grids && y > 0 && y < height - 1 && x > 0 && x < width - 1 && (gridRow || x % 50 == 0);
+            bool onGrid = grids && gridRow && x > 0 && x < width - 1 && (y % 50 == 0 || x % 50 == 0);
             if (onBorder) {
                 p[0] = 255;  // blue
                 p[1] = 0;

@@ -40,6 +40,7 @@ MVNFilterSample::MVNFilterSample(const MVNProfile& profile, const char* resource
     setString("resource", resource ? resource : "");
     setString("service", "ogre.filter.sample");
     unblock();
+    genStringId("filter");
     _PropertiesInit(resource ? resource : "");
     mFilterRtt = MVNGeneratorStringId::getSingleton()->genStringId("FilterRtt");
     mLutTextureName = MVNGeneratorStringId::getSingleton()->genStringId("LutFilterTexture");
@@ -278,6 +279,11 @@ MVNFrame* MVNFilterSample::processImage(int position, MVNFrame* frame) {
         return _fail(frame);
     }
 
+    if (mFilterNode == nullptr && frame != nullptr) {
+        // Configuration failed (its reason is in the log): the filter stands
+        // aside and the picture goes on as it came, so the clip stays drawn.
+        return frame;
+    }
     std::string outputRtt;
     if (outputType == MVN_OUTPUT_SCENE) {
         // Nothing to draw now: the quad is drawn with the shared scene.
@@ -294,7 +300,12 @@ MVNFrame* MVNFilterSample::processImage(int position, MVNFrame* frame) {
         log_error(kTag, "processImage failed, pull frame error");
         return _fail(frame);
     }
-    out->setRttData(outputRtt, 0, 0, MVN_COLOR_RTT);
+    // A frame that names no texture (the picture stays in the scene) is
+    // still a render-texture frame: it carries no pixels.
+    out->setRtt(outputRtt);
+    out->setWidth(0);
+    out->setHeight(0);
+    out->setColorFormat(MVN_COLOR_RTT);
     if (frame) MVNFrame::pushBackPool(frame);
     return out;
 }

@@ -1,12 +1,13 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
+# make gallery  renders every filter of the catalogue to out/gallery (index.html)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 XVFB       := xvfb-run -a -s "-screen 0 1920x1080x24"
 
-.PHONY: all deps configure build test demo check-asan bench clean
+.PHONY: all deps configure build test demo gallery check-asan bench clean
 
 all: build
 
@@ -26,6 +27,11 @@ test: build
 
 demo: build
 	scripts/demo.sh $(BUILD) out
+
+gallery: build
+	mkdir -p out/gallery
+	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*'
+	@echo "out/gallery/index.html"
 
 check-asan: deps
 	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "FilterMediaHarness.h"
+#include "PictureClip.h"
 #include "LogCapture.h"
 #include "MVNByteBufferPool.h"
 #include "MVNFilterSample.h"
@@ -17,10 +18,7 @@
 #include "MVNOgreFilterMaterial.h"
 #include "MVNOgreFilterScene.h"
 #include "MVNOgreMaterialFilter.h"
-#include "MVNProducer.h"
 #include "MVNRepository.h"
-
-extern "C" int MVNOgre_module_install(Morvane::MVNRepository* repository);
 
 using namespace Morvane;
 using namespace MorvaneTest;
@@ -30,51 +28,11 @@ namespace {
 constexpr int W = 96;
 constexpr int H = 54;
 
-// A clip of the test chart: B,G,R,A frames from memory, with or without a
-// quad of its own in the shared scene.
-class ChartClip : public MVNProducer {
-public:
-    ChartClip(const Image& chart, bool ownQuad) : MVNProducer(MVNProfile(W, H, 25)), mChart(chart) {
-        block();
-        setInt32("render.width", W);
-        setInt32("render.height", H);
-        setString("service", "test.chart");
-        unblock();
-        setInAndOut(0, 99);
-        if (ownQuad) _createTextureNode("", true);
-    }
-    ~ChartClip() override {
-        detachAll();
-        _destroyTextureNode();
-    }
-    int _getImage(int position, MVNFrame** frame) override {
-        MVNFrame* f = MVNFrame::pullFromPool(1, W * H * 4);
-        if (f == nullptr) return -1;
-        uint8_t* p = f->buffer()->ptr();
-        for (size_t i = 0; i < mChart.rgba.size(); i += 4) {
-            p[i] = mChart.rgba[i + 2];
-            p[i + 1] = mChart.rgba[i + 1];
-            p[i + 2] = mChart.rgba[i];
-            p[i + 3] = mChart.rgba[i + 3];
-        }
-        f->setColorFormat(MVN_COLOR_BGRA);
-        f->setWidth(W);
-        f->setHeight(H);
-        f->setSize(W * H * 4);
-        *frame = f;
-        return 0;
-    }
-
-private:
-    Image mChart;
-};
-
 class FilterService : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         touchMarker("not_full_screen");
-        MVNRepository* repository = MVNRepository::getSingleton();
-        if (!repository->hasRenderTexture("ogreRenderTexture")) MVNOgre_module_install(repository);
+        installModule();
         sRun = new EngineRun(W, H);
         sChart = testChart(W, H);
     }
@@ -96,7 +54,7 @@ protected:
 
     // The clip's frame at `position` through its filters; the frame that
     // comes out goes back to the pool.
-    static void play(ChartClip& clip, int position) {
+    static void play(PictureClip& clip, int position) {
         MVNFrame* frame = nullptr;
         ASSERT_EQ(clip.getImage(position, &frame), 0);
         ASSERT_NE(frame, nullptr);
@@ -161,7 +119,7 @@ Image FilterService::sChart;
 uint8_t level(double v) { return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 1.0) * 255)); }
 
 TEST_F(FilterService, AFilterInTheSharedSceneDrawsTheFilteredClip) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto grey = filter("HomochromyFilter");
     ASSERT_EQ(clip.attach(grey.get()), 0);
     ASSERT_NE(grey->filterNode(), nullptr);
@@ -178,7 +136,7 @@ TEST_F(FilterService, AFilterInTheSharedSceneDrawsTheFilteredClip) {
 }
 
 TEST_F(FilterService, TwoFiltersChainThroughTheFirstOnesRenderTexture) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto noRed = filter("RgbFilter");
     auto brighter = filter("ExposureFilter");
     noRed->setDouble("ufmRedAdjustment", 0.0);
@@ -202,8 +160,26 @@ TEST_F(FilterService, TwoFiltersChainThroughTheFirstOnesRenderTexture) {
     EXPECT_LE(d.max, 1) << "mean " << d.mean;
 }
 
+TEST_F(FilterService, OutputKindFourShowsItsRenderTextureInTheScene) {
+    PictureClip clip(sChart, false);
+    auto noGreen = filter("RgbFilter");
+    noGreen->setDouble("ufmGreenAdjustment", 0.0);
+    ASSERT_EQ(clip.attach(noGreen.get()), 0);
+    noGreen->setInt32("_outputType", MVN_OUTPUT_RTT_NODE);
+    ASSERT_NE(dynamic_cast<MVNOgreFilterScene*>(noGreen->filterNode()), nullptr);
+    EXPECT_EQ(noGreen->getString("_outputRtt", ""), noGreen->rttName());
+    MVNFrame* frame = nullptr;
+    ASSERT_EQ(clip.getImage(0, &frame), 0);
+    EXPECT_EQ(frame->colorFormat(), MVN_COLOR_RTT);
+    EXPECT_EQ(frame->rtt(), noGreen->rttName());
+    MVNFrame::pushBackPool(frame);
+    Image expected = mapped([](RGBA c) { return RGBA{c.r, 0, c.b, 255}; });
+    EXPECT_LE(difference(renderTexture(noGreen->rttName()), expected).max, 1);
+    EXPECT_LE(difference(composed(), expected, false).max, 1);
+}
+
 TEST_F(FilterService, APropertyChangeReachesTheGpuWithoutARebuild) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto bright = filter("BrightnessFilter");
     ASSERT_EQ(clip.attach(bright.get()), 0);
     MVNOgreFilterBase* node = bright->filterNode();
@@ -222,7 +198,7 @@ TEST_F(FilterService, APropertyChangeReachesTheGpuWithoutARebuild) {
 
 TEST_F(FilterService, AMissingMaterialIsLoggedAndLeavesTheClipDrawn) {
     MorvaneTest::LogCapture log;
-    ChartClip clip(sChart, true);
+    PictureClip clip(sChart, true);
     auto missing = filter("NoSuchFilterMaterial");
     ASSERT_EQ(clip.attach(missing.get()), 0);
     EXPECT_EQ(missing->filterNode(), nullptr);
@@ -234,7 +210,7 @@ TEST_F(FilterService, AMissingMaterialIsLoggedAndLeavesTheClipDrawn) {
 }
 
 TEST_F(FilterService, PlayedTimeFollowsPositionsBackwardsToo) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto tv = filter("OldTVFilter");
     ASSERT_EQ(clip.attach(tv.get()), 0);
     play(clip, 10);
@@ -250,7 +226,7 @@ TEST_F(FilterService, PlayedTimeFollowsPositionsBackwardsToo) {
 }
 
 TEST_F(FilterService, SampleSpanLimitsBlurToItsPartOfTheClip) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto blur = filter("BlurFilter");
     blur->setDouble("filterSampleIn", 0.5);
     ASSERT_EQ(clip.attach(blur.get()), 0);
@@ -263,7 +239,7 @@ TEST_F(FilterService, SampleSpanLimitsBlurToItsPartOfTheClip) {
 }
 
 TEST_F(FilterService, ClipAnimationFadesOverItsSpan) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto fade = filter("AnimFadeInOut");
     fade->setDouble("ufmAnimIn", 0.0);
     fade->setDouble("ufmAnimOut", 0.5);
@@ -284,7 +260,7 @@ TEST_F(FilterService, ClipAnimationFadesOverItsSpan) {
 }
 
 TEST_F(FilterService, FramesOfAnotherRenderTextureAreRefused) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto first = filter("ContrastFilter");
     auto second = filter("ContrastFilter");
     ASSERT_EQ(clip.attach(first.get()), 0);
@@ -342,7 +318,7 @@ TEST_P(FilterServiceLut, TableAppliedOnTheGpuAgreesWithTheCpu) {
     std::string path = std::string(MVN_SOURCE_DIR) + "/media/luts/" + GetParam().file;
     MVNLut3d lut;
     ASSERT_EQ(lut.loadFromFile(path), 0);
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto apply = filter("ApplyDynamicLutFilter");
     apply->setString("ufmMVNLutPath", path);
     ASSERT_EQ(clip.attach(apply.get()), 0);
@@ -364,7 +340,7 @@ INSTANTIATE_TEST_SUITE_P(Tables, FilterServiceLut,
                          });
 
 TEST_F(FilterService, IdentityAndSwapTablesActOnTheRightChannels) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto apply = filter("ApplyDynamicLutFilter");
     apply->setString("ufmMVNLutPath", std::string(MVN_SOURCE_DIR) + "/media/luts/identity.cube");
     ASSERT_EQ(clip.attach(apply.get()), 0);
@@ -396,13 +372,13 @@ TEST_F(FilterService, IdentityAndSwapTablesActOnTheRightChannels) {
 // Building and tearing down a filter's own render texture between two
 // compositions must not leave the next composition drawn somewhere else.
 TEST_F(FilterService, ARenderTextureBuiltAndDroppedBetweenFramesLeavesTheNextFrameRight) {
-    ChartClip clip(sChart, false);
+    PictureClip clip(sChart, false);
     auto grey = filter("HomochromyFilter");
     ASSERT_EQ(clip.attach(grey.get()), 0);
     play(clip, 0);
     Image before = composed();
     {
-        ChartClip other(sChart, false);
+        PictureClip other(sChart, false);
         auto first = filter("ContrastFilter");
         auto second = filter("ContrastFilter");
         ASSERT_EQ(other.attach(first.get()), 0);

@@ -1,7 +1,7 @@
 #pragma once
 #include "MVNColor4B.h"
 #include "MVNOgreExport.h"
-#include "MVNProducer.h"
+#include "MVNOgreQuadProducer.h"
 
 namespace Morvane {
 
@@ -14,21 +14,14 @@ namespace Morvane {
 // Properties: "color" (default black with alpha byte 1), "border", "grids",
 // "zOrder", "service" ("ogre.color"), "flags" (1), "_active", "_inputType"
 // (0), "width"/"height", "render.width"/"render.height".
-class MVN_OGRE_API MVNProducerColor : public MVNProducer {
+class MVN_OGRE_API MVNProducerColor : public MVNOgreQuadProducer {
 public:
     // Built with its quad, 99999 seconds long; null with "create failed".
     static MVNProducerColor* create(const MVNProfile& profile, int zOrder, int width, int height, MVNColor4B color);
 
     MVNProducerColor(const MVNProfile& profile, int zOrder);
-    ~MVNProducerColor() override;
 
     int init() override;
-    void release() override;
-    int seek(int position, int whence) override;
-    void onClipEnd() override;
-    int getRenderType(int position) override { return 1; }
-    void setActive(bool active, bool force, int position, int flags) override;
-    int _getImage(int position, MVNFrame** frame) override;
     // Colour frames aren't cached: the same as _getImage.
     int _getCacheImage(int position, MVNFrame** frame) override;
     MVNProducer* _alloc() override;
@@ -36,10 +29,9 @@ public:
     // Paints one picture of width x height into bgra (4 bytes a pixel).
     static void paint(uint8_t* bgra, int width, int height, MVNColor4B color, bool border, bool grids);
 
-private:
-    void _update(int position, MVNFrame* frame);
-
-    int position = 0;  // last position asked for
+protected:
+    // The colour with its border and grid, from the properties.
+    void _paint(uint8_t* bgra, int width, int height, int position) override;
 };
 
 }  // namespace Morvane

@@ -1,6 +1,6 @@
 #pragma once
 #include "MVNOgreExport.h"
-#include "MVNProducer.h"
+#include "MVNOgreQuadProducer.h"
 
 namespace Morvane {
 
@@ -13,33 +13,24 @@ namespace Morvane {
 // "flags" (1), "_active", "width"/"height" (profile size), "render.width"/
 // "render.height" (size of the picture on its quad), "anim", "rotation"
 // (-1 for none).
-class MVN_OGRE_API MVNProducerImage : public MVNProducer {
+class MVN_OGRE_API MVNProducerImage : public MVNOgreQuadProducer {
 public:
     // Built, ten seconds long, with its quad; null with "create failed",
     // also when the host has no "ogreRenderTexture" factory registered.
     static MVNProducerImage* create(const MVNProfile& profile, const char* resource, int zOrder);
 
     MVNProducerImage(const MVNProfile& profile, const char* resource, int zOrder);
-    ~MVNProducerImage() override;
 
+    // The quad on the texture "resource".
     int init() override;
     void release() override;
-    void resetRender(int position) override;
-    int seek(int position, int whence) override;
-    void onClipEnd() override;
-    int getRenderType(int position) override { return 1; }
-    void setActive(bool active, bool force, int position, int flags) override;
-    void _OnGeometryChanged(const MVNRect& rect) override {}
+    // A blank frame: the quad draws the picture when the scene is drawn.
     int _getImage(int position, MVNFrame** frame) override;
     MVNProducer* _alloc() override;
-    void _destroyTextureNode() override;
     // The quad on the texture "resource", with the producer's geometry,
     // animation and rotation, in the scene of its group.
     void _createTextureNode() override;
     using MVNProducer::_createTextureNode;
-
-private:
-    int position = 0;  // last position asked for
 };
 
 }  // namespace Morvane

@@ -4,12 +4,6 @@
 #include <cstdlib>
 #include <new>
 
-#include "MVNByteBuffer.h"
-#include "MVNFrame.h"
-#include "MVNLog.h"
-#include "MVNManager.h"
-#include "MVNPixelUtils.h"
-
 namespace Morvane {
 
 namespace {
@@ -26,87 +20,18 @@ uint8_t channel(float wave) {
 
 MVNProducerPixelBuffer* MVNProducerPixelBuffer::create(const MVNProfile& profile, int zOrder, int width, int height) {
     MVNProducerPixelBuffer* producer = new (std::nothrow) MVNProducerPixelBuffer(profile, zOrder);
-    if (producer == nullptr) return nullptr;
-    int length = static_cast<int>(profile.fps() * 100.0);
-    producer->block();
-    producer->setIn(0);
-    producer->setLength(length);
-    producer->setOut(length - 1);
-    producer->setInt32("width", width);
-    producer->setInt32("render.width", width);
-    producer->setInt32("height", height);
-    producer->setInt32("render.height", height);
-    producer->unblock();
-    if (producer->init() != 0) {
-        log_error(kTag, "create failed");
-        delete producer;
-        return nullptr;
-    }
-    return producer;
+    return static_cast<MVNProducerPixelBuffer*>(
+        _setUp(producer, static_cast<int>(profile.fps() * 100.0), width, height));
 }
 
-MVNProducerPixelBuffer::MVNProducerPixelBuffer(const MVNProfile& profile, int zOrder) : MVNProducer(profile) {
-    block();
-    setProfile(profile);
-    setInt32("zOrder", zOrder);
-    setString("service", "ogre.pixelbuffer");
-    setInt32("flags", 1);
-    setBoolean("_active", true);
-    unblock();
-    genStringId("producer");
-}
-
-MVNProducerPixelBuffer::~MVNProducerPixelBuffer() { log_debug(kTag, "%s destroy", getStringId().c_str()); }
-
-int MVNProducerPixelBuffer::init() {
-    _createTextureNode("", true);
-    _createAudioConverter();
-    return renderTexture() != nullptr ? 0 : -1;
-}
-
-void MVNProducerPixelBuffer::release() {
-    _destroyAudioConverter();
-    _destroyTextureNode();
-}
-
-void MVNProducerPixelBuffer::resetRender(int position) { MVNProducer::resetRender(position); }
-
-int MVNProducerPixelBuffer::seek(int position, int whence) {
-    this->position = position;
-    return MVNProducer::seek(position, whence);
-}
-
-void MVNProducerPixelBuffer::onClipEnd() {
-    MVNProducer::onClipEnd();
-    MVNMode mode = MVNManager::getSingleton()->getMode();
-    if (mode == MVN_MODE_RENDER || mode == MVN_MODE_RENDER_PREVIEW) release();
-}
-
-void MVNProducerPixelBuffer::setActive(bool active, bool force, int position, int flags) {
-    setBoolean("_active", active);
-}
-
-int MVNProducerPixelBuffer::_getImage(int position, MVNFrame** frame) {
-    int width = getInt32("width", 0);
-    int height = getInt32("height", 0);
-    int size = getPixelsBufferSize(width, height, MVN_COLOR_BGRA);
-    MVNFrame* f = MVNFrame::pullFromPool(1, size);
-    if (f == nullptr) {
-        log_error(kTag, "_getImage failed, pull frame error");
-        return -1;
-    }
-    this->position = position;
-    MVNByteBuffer* buffer = f->buffer();
-    if (buffer != nullptr && buffer->ptr() != nullptr) paint(buffer->ptr(), width, height, position);
-    f->setColorFormat(MVN_COLOR_BGRA);
-    f->setWidth(width);
-    f->setHeight(height);
-    f->setSize(size);
-    *frame = f;
-    return 0;
-}
+MVNProducerPixelBuffer::MVNProducerPixelBuffer(const MVNProfile& profile, int zOrder)
+    : MVNOgreQuadProducer(profile, zOrder, "ogre.pixelbuffer", kTag) {}
 
 MVNProducer* MVNProducerPixelBuffer::_alloc() { return new MVNProducerPixelBuffer(mProfile, getInt32("zOrder", 0)); }
+
+void MVNProducerPixelBuffer::_paint(uint8_t* bgra, int width, int height, int position) {
+    paint(bgra, width, height, position);
+}
 
 void MVNProducerPixelBuffer::paint(uint8_t* bgra, int width, int height, int position) {
     // Red follows no wave: a fresh random value each frame.

@@ -299,3 +299,49 @@ TEST_F(FilterMedia, EveryClipAnimationRevealsAndHidesThePicture) {
 }
 
 }  // namespace
+
+namespace {
+
+struct MaskCase {
+    const char* name;
+    const char* material;
+    Uniforms uniforms;
+    bool centreShown;
+    bool cornerShown;
+};
+std::ostream& operator<<(std::ostream& os, const MaskCase& c) { return os << c.name; }
+
+int maxColour(RGBA a, RGBA b) {
+    return std::max({std::abs(a.r - b.r), std::abs(a.g - b.g), std::abs(a.b - b.b)});
+}
+
+class MaskShapes : public FilterMedia, public ::testing::WithParamInterface<MaskCase> {};
+
+// Inside the shape the picture stays as it is; outside it turns transparent.
+TEST_P(MaskShapes, KeepThePictureInsideAndClearItOutside) {
+    Image out = sHarness->render(GetParam().material, GetParam().uniforms);
+    ASSERT_FALSE(out.rgba.empty());
+    RGBA centre = out.at(W / 2, H / 2);
+    RGBA corner = out.at(W - 2, H - 2);
+    EXPECT_EQ(centre.a, GetParam().centreShown ? 255 : 0) << centre;
+    EXPECT_EQ(corner.a, GetParam().cornerShown ? 255 : 0) << corner;
+    if (GetParam().centreShown) EXPECT_LE(maxColour(centre, sChart.at(W / 2, H / 2)), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Masks, MaskShapes,
+    ::testing::Values(
+        MaskCase{"CircleKeepsItsMiddle", "MaskCircleFilter", {}, true, false},
+        MaskCase{"InvertedCircleKeepsTheCorners", "MaskCircleFilter", {{"ufmInvert", 1}}, false, true},
+        MaskCase{"RectangleKeepsItsMiddle", "MaskRectangleFilter", {{"ufmCircleRadius", 0.05f}}, true, false},
+        MaskCase{"LineKeepsTheUpperHalf", "MaskLinerFilter", {{"ufmPositionY", 0.1f}}, true, false},
+        MaskCase{"TurnedLineKeepsTheLowerHalf", "MaskLinerFilter", {{"ufmOrient", 180}, {"ufmPositionY", -0.1f}},
+                 true, true},
+        MaskCase{"BandAlongTheMiddle", "MaskDoubleLinerFilter", {{"ufmLineWidth", 0.2f}}, true, false},
+        MaskCase{"HeartOfSizeZeroShowsNothing", "MaskHeartFilter", {}, false, false},
+        MaskCase{"HeartKeepsItsMiddle", "MaskHeartFilter", {{"ufmHeartSizeX", 1.0f}, {"ufmHeartSizeY", 1.0f}}, true,
+                 false},
+        MaskCase{"StarKeepsItsMiddle", "MaskStarShapeFilter", {{"ufmStarSizeX", 1.0f}, {"ufmStarSizeY", 1.0f}}, true,
+                 false}));
+
+}  // namespace

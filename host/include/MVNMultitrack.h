@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "MVNActiveClip.h"
-#include "MVNActiveSet.h"
-#include "MVNProducer.h"
+#include "MVNTimelineProducer.h"
 
 namespace Morvane {
 
@@ -15,7 +14,7 @@ class MVNTransitionAudio;
 // A track is any registered producer, usually a playlist; tracks and audio
 // transitions are held by string id, so a destroyed service simply drops
 // out. Thread-safe.
-class MVNMultitrack : public MVNProducer {
+class MVNMultitrack : public MVNTimelineProducer {
 public:
     explicit MVNMultitrack(const MVNProfile& profile);
     ~MVNMultitrack() override;
@@ -28,10 +27,6 @@ public:
     // Appends what draws at `position` on every track, in track order.
     void activeAt(int position, std::vector<MVNActiveClip>& out) const;
 
-    void render(int position) override;
-    void resetRender(int position) override;
-    int _getImage(int position, MVNFrame** frame) override;
-
 protected:
     MVNMultitrack(const MVNProfile& profile, MVNServiceType type);
 
@@ -39,9 +34,7 @@ protected:
     std::vector<std::string> mTransitionAudioIds;
     mutable std::recursive_mutex mTracksLock;
 
-private:
-    MVNActiveSet mDrawn;
-    std::vector<MVNActiveClip> mScratch;
+    void _activeAt(int position, std::vector<MVNActiveClip>& out) const override;
 };
 
 }  // namespace Morvane

@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "MVNActiveClip.h"
-#include "MVNActiveSet.h"
-#include "MVNProducer.h"
+#include "MVNTimelineProducer.h"
 
 namespace Morvane {
 
@@ -37,16 +36,10 @@ struct MVNPlaylistEntry {
 // Positions run from 0 to getPlaytime() - 1 after refresh(), which every
 // edit calls. Lengths are read from the clips live, so a trimmed clip moves
 // what follows it. Thread-safe.
-class MVNPlaylist : public MVNProducer {
+class MVNPlaylist : public MVNTimelineProducer {
 public:
     explicit MVNPlaylist(const MVNProfile& profile);
     ~MVNPlaylist() override;
-
-    // Draws the active clips at `position` (see MVNActiveSet).
-    void render(int position) override;
-    void resetRender(int position) override;
-    // render, then a blank frame: the picture lies in the scene.
-    int _getImage(int position, MVNFrame** frame) override;
 
     // -1 when there is no registered producer of that id (logged).
     int append(const std::string& id);
@@ -78,6 +71,9 @@ public:
     // start positions.
     void refresh();
 
+protected:
+    void _activeAt(int position, std::vector<MVNActiveClip>& out) const override;
+
 private:
     struct Item;
     int _length(const Item& item) const;
@@ -86,9 +82,6 @@ private:
 
     std::vector<std::unique_ptr<Item>> mItems;
     mutable std::recursive_mutex mLock;
-    // Owned by the render path; render() is called from one thread at a time.
-    MVNActiveSet mDrawn;
-    std::vector<MVNActiveClip> mScratch;
 };
 
 }  // namespace Morvane

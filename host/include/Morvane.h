@@ -62,6 +62,7 @@
 // Timelines, the registry and modules.
 #include "MVNActiveClip.h"
 #include "MVNActiveSet.h"
+#include "MVNTimelineProducer.h"
 #include "MVNPlaylist.h"
 #include "MVNMultitrack.h"
 #include "MVNTractor.h"

@@ -1,7 +1,6 @@
 #include "MVNMultitrack.h"
 
 #include "MVNFactory.h"
-#include "MVNFrame.h"
 #include "MVNLog.h"
 #include "MVNPlaylist.h"
 #include "MVNTransitionAudio.h"
@@ -14,7 +13,7 @@ const char* const kTag = "Morvane::MVNMultitrack";
 
 MVNMultitrack::MVNMultitrack(const MVNProfile& profile) : MVNMultitrack(profile, MVN_SERVICE_PRODUCER) {}
 
-MVNMultitrack::MVNMultitrack(const MVNProfile& profile, MVNServiceType type) : MVNProducer(profile, type) {
+MVNMultitrack::MVNMultitrack(const MVNProfile& profile, MVNServiceType type) : MVNTimelineProducer(profile, type, kTag) {
     block();
     setInt32("in", 0);
     setInt32("out", -1);
@@ -61,29 +60,6 @@ void MVNMultitrack::activeAt(int position, std::vector<MVNActiveClip>& out) cons
     }
 }
 
-void MVNMultitrack::render(int position) {
-    mScratch.clear();
-    activeAt(position, mScratch);
-    mDrawn.draw(position, mScratch);
-}
-
-void MVNMultitrack::resetRender(int position) {
-    mDrawn.reset(position);
-    MVNProducer::resetRender(position);
-}
-
-int MVNMultitrack::_getImage(int position, MVNFrame** frame) {
-    render(position);
-    MVNFrame* f = MVNFrame::pullFromPool(1);
-    if (f == nullptr) {
-        log_error(kTag, "%s _getImage failed, no frame in the pool", getStringId().c_str());
-        return -1;
-    }
-    f->setColorFormat(MVN_COLOR_BLANK);
-    f->setWidth(0);
-    f->setHeight(0);
-    *frame = f;
-    return 0;
-}
+void MVNMultitrack::_activeAt(int position, std::vector<MVNActiveClip>& out) const { activeAt(position, out); }
 
 }  // namespace Morvane

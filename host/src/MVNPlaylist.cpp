@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "MVNFactory.h"
-#include "MVNFrame.h"
 #include "MVNLog.h"
 #include "MVNTransition.h"
 
@@ -23,7 +22,7 @@ struct MVNPlaylist::Item {
     std::unique_ptr<MVNProducer> blank;
 };
 
-MVNPlaylist::MVNPlaylist(const MVNProfile& profile) : MVNProducer(profile, MVN_SERVICE_PLAYLIST) {
+MVNPlaylist::MVNPlaylist(const MVNProfile& profile) : MVNTimelineProducer(profile, MVN_SERVICE_PLAYLIST, kTag) {
     setType(MVN_PRODUCER_PLAYLIST);
     block();
     setString("service", "playlist");
@@ -332,29 +331,6 @@ void MVNPlaylist::refresh() {
     unblock();
 }
 
-void MVNPlaylist::render(int position) {
-    mScratch.clear();
-    activeAt(position, mScratch, 0);
-    mDrawn.draw(position, mScratch);
-}
-
-void MVNPlaylist::resetRender(int position) {
-    mDrawn.reset(position);
-    MVNProducer::resetRender(position);
-}
-
-int MVNPlaylist::_getImage(int position, MVNFrame** frame) {
-    render(position);
-    MVNFrame* f = MVNFrame::pullFromPool(1);
-    if (f == nullptr) {
-        log_error(kTag, "%s _getImage failed, no frame in the pool", getStringId().c_str());
-        return -1;
-    }
-    f->setColorFormat(MVN_COLOR_BLANK);
-    f->setWidth(0);
-    f->setHeight(0);
-    *frame = f;
-    return 0;
-}
+void MVNPlaylist::_activeAt(int position, std::vector<MVNActiveClip>& out) const { activeAt(position, out, 0); }
 
 }  // namespace Morvane

@@ -10,6 +10,12 @@
 #include "MVNOgreExport.h"
 #include "MVNOgreRenderReaderType.h"
 
+namespace Ogre {
+class Camera;
+class RenderTarget;
+class Texture;
+}  // namespace Ogre
+
 namespace Morvane {
 
 class MVNByteBuffer;
@@ -56,6 +62,14 @@ public:
     static bool initGlew();
 
 protected:
+    // The render texture "RttTex" of the reader's size and pixel format,
+    // multisampled at the level chosen for `fsaa` (logged under `tag`) when
+    // anti-aliasing is on. Throws what the engine throws.
+    std::shared_ptr<Ogre::Texture> createReadTexture(const char* tag, int& fsaa);
+    // Lets `camera` draw the whole scene into `target`, cleared to opaque
+    // black every frame.
+    static void addReadViewport(Ogre::RenderTarget* target, Ogre::Camera* camera);
+
     int mWidth = 0;
     int mHeight = 0;
     int mBytesPerPixel = 4;

@@ -13,12 +13,12 @@ public:
     static MVNOgreRenderReaderDirect* create(MVNOgreContextBase* context);
 
     int init() override;
-    MVNByteBuffer* getRenderImage() override;
     MVNOgreRenderReaderType type() const override { return MVN_READER_DIRECT; }
 
 protected:
     const char* tag() const override;
     Ogre::RenderTarget* target() override;
+    void drawAndCopy(Ogre::RenderTarget* target, unsigned char* dst) override;
     // Reads the back buffer: the hook runs before the swap.
     void copyTarget(Ogre::RenderTarget* target, unsigned char* dst) override;
     void copyAfterUpdate(Ogre::RenderTarget* target, unsigned char* dst) override;

@@ -59,6 +59,8 @@ protected:
     void detachHook();
     // Copies the target's picture into `dst` (width * height * 4 bytes).
     virtual void copyTarget(Ogre::RenderTarget* target, unsigned char* dst);
+    // The sync read: draws the target and copies its picture into `dst`.
+    virtual void drawAndCopy(Ogre::RenderTarget* target, unsigned char* dst);
     // The async copy, inside the engine's hook at the end of an update.
     virtual void copyAfterUpdate(Ogre::RenderTarget* target, unsigned char* dst);
     // After the async update has been copied: shows the picture where the

@@ -1,7 +1,8 @@
 #include "MVNOgreRenderReader.h"
 
 #include <GL/glew.h>
-#include <OgrePixelFormat.h>
+#include <Ogre.h>
+#include <OgreRTShaderSystem.h>
 
 #include "MVNLog.h"
 #include "MVNOgreContextBase.h"
@@ -24,6 +25,24 @@ int MVNOgreRenderReader::init() {
     mWidth = mContext->getWidth();
     mHeight = mContext->getHeight();
     return 0;
+}
+
+std::shared_ptr<Ogre::Texture> MVNOgreRenderReader::createReadTexture(const char* tag, int& fsaa) {
+    fsaa = mAntiAliasing ? mContext->chooseAntiAliasingLevel() : 0;
+    log_debug(tag, "fsaa:%d", fsaa);
+    return Ogre::TextureManager::getSingleton().createManual(
+        "RttTex", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0,
+        static_cast<Ogre::PixelFormat>(mPixelFormat), Ogre::TU_RENDERTARGET, nullptr, mGammaCorrection, fsaa);
+}
+
+void MVNOgreRenderReader::addReadViewport(Ogre::RenderTarget* target, Ogre::Camera* camera) {
+    Ogre::Viewport* vp = target->addViewport(camera, 0, 0, 0, 1, 1);
+    vp->setAutoUpdated(true);
+    vp->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
+    vp->setBackgroundColour(Ogre::ColourValue(0, 0, 0, 1));
+    // Cover bars and labels are overlays: they belong in the read frame.
+    vp->setOverlaysEnabled(true);
+    vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
 }
 
 bool MVNOgreRenderReader::initGlew() {

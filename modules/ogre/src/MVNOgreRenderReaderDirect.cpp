@@ -2,8 +2,6 @@
 
 #include <Ogre.h>
 
-#include "MVNByteBuffer.h"
-#include "MVNByteBufferPool.h"
 #include "MVNLog.h"
 #include "MVNOgreContextBase.h"
 
@@ -38,34 +36,12 @@ int MVNOgreRenderReaderDirect::init() {
     return 0;
 }
 
-MVNByteBuffer* MVNOgreRenderReaderDirect::getRenderImage() {
-    const char* t = tag();
-    if (mMode != MODE_SYNC) {
-        mMode = MODE_SYNC;
-        log_info(t, "changed to sync mode");
-    }
-    Ogre::RenderTarget* win = target();
-    if (!win) {
-        log_error(t, "getRenderImage failed, renderWin is null");
-        return nullptr;
-    }
-    MVNByteBuffer* buf = MVNByteBufferPool::sAlloc(mWidth * mHeight * mBytesPerPixel);
-    if (!buf) {
-        log_error(t, "getRenderImage failed, alloc buf error");
-        return nullptr;
-    }
-    try {
-        // Read the back buffer before the swap: after a swap its content is
-        // undefined, and the front buffer reads as zeros on virtual X servers.
-        win->update(false);
-        copyTarget(win, buf->ptr());
-        win->swapBuffers();
-    } catch (const std::exception& e) {
-        log_error(t, "getRenderImage failed, %s", e.what());
-        MVNByteBufferPool::getSingleton()->release(buf);
-        return nullptr;
-    }
-    return buf;
+void MVNOgreRenderReaderDirect::drawAndCopy(Ogre::RenderTarget* target, unsigned char* dst) {
+    // Read the back buffer before the swap: after a swap its content is
+    // undefined, and the front buffer reads as zeros on virtual X servers.
+    target->update(false);
+    copyTarget(target, dst);
+    target->swapBuffers();
 }
 
 void MVNOgreRenderReaderDirect::copyTarget(Ogre::RenderTarget* rt, unsigned char* dst) {

@@ -1,7 +1,6 @@
 #include "MVNOgreRenderReaderRTT.h"
 
 #include <Ogre.h>
-#include <OgreRTShaderSystem.h>
 
 #include "AutoLock.h"
 #include "MVNByteBuffer.h"
@@ -59,19 +58,9 @@ int MVNOgreRenderReaderRTT::init() {
     try {
         MVNOgreRenderReader::init();
         Ogre::Camera* camera = mContext->getCamera();
-        mFSAA = mAntiAliasing ? mContext->chooseAntiAliasingLevel() : 0;
-        log_debug(t, "fsaa:%d", mFSAA);
-        Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
-            "RttTex", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0,
-            static_cast<Ogre::PixelFormat>(mPixelFormat), Ogre::TU_RENDERTARGET, nullptr, mGammaCorrection, mFSAA);
+        Ogre::TexturePtr texture = createReadTexture(t, mFSAA);
         Ogre::RenderTarget* target = texture->getBuffer(0, 0)->getRenderTarget();
-        Ogre::Viewport* vp = target->addViewport(camera, 0, 0, 0, 1, 1);
-        vp->setAutoUpdated(true);
-        vp->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
-        vp->setBackgroundColour(Ogre::ColourValue(0, 0, 0, 1));
-        // Cover bars and labels are overlays: they belong in the read frame.
-        vp->setOverlaysEnabled(true);
-        vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+        addReadViewport(target, camera);
         attachHook(target);
         mRenderTarget = target;
         mTexture = texture;
@@ -105,6 +94,11 @@ void MVNOgreRenderReaderRTT::copyTarget(Ogre::RenderTarget* target, unsigned cha
     target->copyContentsToMemory(Ogre::Box(0, 0, mBoxWidth, mBoxHeight), pb, Ogre::RenderTarget::FB_AUTO);
 }
 
+void MVNOgreRenderReaderRTT::drawAndCopy(Ogre::RenderTarget* target, unsigned char* dst) {
+    target->update(true);
+    copyTarget(target, dst);
+}
+
 MVNByteBuffer* MVNOgreRenderReaderRTT::getRenderImage() {
     const char* t = tag();
     if (mMode != MODE_SYNC) {
@@ -122,8 +116,7 @@ MVNByteBuffer* MVNOgreRenderReaderRTT::getRenderImage() {
         return nullptr;
     }
     try {
-        rt->update(true);
-        copyTarget(rt, buf->ptr());
+        drawAndCopy(rt, buf->ptr());
     } catch (const std::exception& e) {
         log_error(t, "getRenderImage failed, %s", e.what());
         MVNByteBufferPool::getSingleton()->release(buf);

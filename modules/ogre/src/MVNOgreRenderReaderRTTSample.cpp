@@ -3,7 +3,6 @@
 #include <GL/glew.h>
 #include <Ogre.h>
 #include <OgreDepthBuffer.h>
-#include <OgreRTShaderSystem.h>
 
 #include <cstring>
 
@@ -46,11 +45,7 @@ int MVNOgreRenderReaderRTTSample::init() {
     MVNOgreRenderReader::init();
     try {
         Ogre::Camera* camera = mContext->getCamera();
-        mFSAA = mAntiAliasing ? mContext->chooseAntiAliasingLevel() : 0;
-        log_debug(TAG, "fsaa:%d", mFSAA);
-        Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
-            "RttTex", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0,
-            static_cast<Ogre::PixelFormat>(mPixelFormat), Ogre::TU_RENDERTARGET, nullptr, mGammaCorrection, mFSAA);
+        Ogre::TexturePtr texture = createReadTexture(TAG, mFSAA);
         Ogre::RenderTarget* target = texture->getBuffer(0, 0)->getRenderTarget();
         // The single-sampled frame buffer that a multisampled target resolves
         // into when it swaps; that is the one to read.
@@ -59,12 +54,7 @@ int MVNOgreRenderReaderRTTSample::init() {
         log_debug(TAG, "getCustomAttribute FBO:%u", fbo);
         mFbo = fbo;
         target->setDepthBufferPool(Ogre::DepthBuffer::POOL_DEFAULT);
-        Ogre::Viewport* vp = target->addViewport(camera, 0, 0, 0, 1, 1);
-        vp->setAutoUpdated(true);
-        vp->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
-        vp->setBackgroundColour(Ogre::ColourValue(0, 0, 0, 1));
-        vp->setOverlaysEnabled(true);
-        vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+        addReadViewport(target, camera);
         mRenderTarget = target;
         mTexture = texture;
     } catch (const std::exception& e) {

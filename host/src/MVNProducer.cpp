@@ -140,20 +140,29 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
         log_error(kTag, "%s _getImage gave no frame at %d", getStringId().c_str(), position);
         return -1;
     }
+    bool filtered = false;
     {
         std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
         if (!mVideoFiltersCPU.empty()) f = _runChain(mVideoFiltersCPU, position, f);
-        if (!mVideoFilters.empty()) f = _runChain(mVideoFilters, position, f);
+        filtered = !mVideoFilters.empty();
+        if (filtered) f = _runChain(mVideoFilters, position, f);
     }
     // The texture may be rebuilt by another thread (a change of group); it
     // is only touched under the state lock.
     std::lock_guard<std::recursive_mutex> node(mStateLock);
     if (mRenderTexture != nullptr) {
-        if (mNodeHidden.exchange(false) && isVisible()) mRenderTexture->setVisible(true);
-        MVNByteBuffer* buffer = f->buffer();
-        if (f->colorFormat() == MVN_COLOR_BGRA && buffer != nullptr && buffer->ptr() != nullptr && f->width() > 0 &&
-            f->height() > 0) {
-            mRenderTexture->updateTexture(buffer->ptr(), f->width(), f->height());
+        if (filtered) {
+            // The video filters draw the clip's picture. Its own quad stays
+            // hidden, or it would show through wherever a filter leaves
+            // transparency (masks, reveals), and needs no upload.
+            if (!mNodeHidden.exchange(true)) mRenderTexture->setVisible(false);
+        } else {
+            if (mNodeHidden.exchange(false) && isVisible()) mRenderTexture->setVisible(true);
+            MVNByteBuffer* buffer = f->buffer();
+            if (f->colorFormat() == MVN_COLOR_BGRA && buffer != nullptr && buffer->ptr() != nullptr &&
+                f->width() > 0 && f->height() > 0) {
+                mRenderTexture->updateTexture(buffer->ptr(), f->width(), f->height());
+            }
         }
         if (getAnimation() != 0) mRenderTexture->updateAnimation(position);
     }

@@ -220,6 +220,24 @@ TEST_F(ProducerTexture, PixelsAreUploadedAndAHiddenNodeComesBackOnTheNextFrame) 
     EXPECT_EQ(calls, (std::vector<std::string>{"hidden", "anim 1", "visible", "upload 4x2 first 99", "animate 6"}));
 }
 
+TEST_F(ProducerTexture, AFilteredClipHidesItsOwnQuadUntilTheFiltersGo) {
+    producer->_createTextureNode("", false);
+    StampFilter filter(profile, 1);
+    ASSERT_EQ(producer->attach(&filter), 0);
+    calls.clear();
+    MVNFrame* frame = nullptr;
+    ASSERT_EQ(producer->getImage(5, &frame), 0);
+    MVNFrame::pushBackPool(frame);
+    ASSERT_EQ(producer->getImage(6, &frame), 0);
+    MVNFrame::pushBackPool(frame);
+    EXPECT_EQ(calls, (std::vector<std::string>{"hidden"})) << "the filter draws the picture; no upload, no second quad";
+    calls.clear();
+    ASSERT_EQ(producer->detach(&filter), 0);
+    ASSERT_EQ(producer->getImage(7, &frame), 0);
+    MVNFrame::pushBackPool(frame);
+    EXPECT_EQ(calls, (std::vector<std::string>{"visible", "upload 4x2 first 7"}));
+}
+
 TEST_F(ProducerTexture, GroupMovesTheTextureIntoItsScene) {
     producer->_createTextureNode("pic.png", false);
     calls.clear();

@@ -170,6 +170,29 @@ TEST_F(MvnRender, AClipAfterABlankShowsOnlyFromItsStart) {
     }
 }
 
+TEST_F(MvnRender, AFilteredClipShowsOnlyItsFilteredPicture) {
+    // A red picture masked to a circle over blue: outside the circle the
+    // blue track must show, not the unfiltered red quad.
+    std::vector<uint8_t> red(16 * 16 * 4);
+    for (size_t i = 0; i < red.size(); i += 4) red[i + 2] = red[i + 3] = 255;  // B,G,R,A
+    ASSERT_EQ(MVNImage::saveToFile((dir / "red.png").string(), red.data(), 16, 16), 0);
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 2, "properties": { "color": "#0000ffff" } } ] },
+        { "clips": [ { "service": "ogre.image", "resource": "red.png", "length": 2, "filters": [
+            { "service": "ogre.filter.sample", "resource": "MaskCircleFilter",
+              "properties": { "ufmCircleRadius": 0.5, "ufmSmoothDiff": 0.02 } } ] } ] } ] })";
+    ToolRun r = runTool(project + " -o - --frames 1:1 --quiet");
+    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(r.out.size(), 64u * 64 * 4);
+    auto px = [&](int x, int y) { return reinterpret_cast<const uint8_t*>(r.out.data()) + (y * 64 + x) * 4; };
+    EXPECT_EQ(px(32, 32)[0], 255) << "the circle keeps the picture";
+    EXPECT_EQ(px(32, 32)[2], 0);
+    for (auto [x, y] : {std::pair{1, 1}, {62, 1}, {1, 62}, {62, 62}}) {
+        EXPECT_EQ(px(x, y)[0], 0) << x << "," << y;
+        EXPECT_EQ(px(x, y)[2], 255) << x << "," << y;
+    }
+}
+
 TEST_F(MvnRender, FramesPastTheEndAreRefused) {
     ToolRun r = runTool(project + " -o - --frames 5:10");
     EXPECT_EQ(r.status, 2);

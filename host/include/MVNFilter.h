@@ -37,6 +37,10 @@ public:
     virtual void _OnVisibleChanged(bool visible) {}
     virtual void _OnAnimationChanged(int animation) {}
     virtual void _OnRotationChanged(int rotation) {}
+    // True while the filter puts the clip's picture into the scene itself,
+    // so that the clip's own quad must not show as well. A filter that
+    // could not set up its drawing says false, and the clip stays drawn.
+    virtual bool drawsPicture() { return true; }
 
     MVNFilterType filterType() const { return mFilterType; }
     MVNFilterTypeUse filterTypeUse() const { return mFilterTypeUse; }

@@ -144,8 +144,10 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
     {
         std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
         if (!mVideoFiltersCPU.empty()) f = _runChain(mVideoFiltersCPU, position, f);
-        filtered = !mVideoFilters.empty();
-        if (filtered) f = _runChain(mVideoFilters, position, f);
+        if (!mVideoFilters.empty()) {
+            f = _runChain(mVideoFilters, position, f);
+            for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
+        }
     }
     // The texture may be rebuilt by another thread (a change of group); it
     // is only touched under the state lock.

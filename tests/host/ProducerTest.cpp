@@ -238,6 +238,20 @@ TEST_F(ProducerTexture, AFilteredClipHidesItsOwnQuadUntilTheFiltersGo) {
     EXPECT_EQ(calls, (std::vector<std::string>{"visible", "upload 4x2 first 7"}));
 }
 
+TEST_F(ProducerTexture, AFilterThatCannotDrawLeavesTheClipDrawn) {
+    struct BrokenFilter : StampFilter {
+        using StampFilter::StampFilter;
+        bool drawsPicture() override { return false; }
+    } filter(profile, 1);
+    producer->_createTextureNode("", false);
+    ASSERT_EQ(producer->attach(&filter), 0);
+    calls.clear();
+    MVNFrame* frame = nullptr;
+    ASSERT_EQ(producer->getImage(5, &frame), 0);
+    MVNFrame::pushBackPool(frame);
+    EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 7"}));
+}
+
 TEST_F(ProducerTexture, GroupMovesTheTextureIntoItsScene) {
     producer->_createTextureNode("pic.png", false);
     calls.clear();

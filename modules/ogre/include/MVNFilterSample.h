@@ -45,6 +45,7 @@ public:
     void _OnDisconnected(MVNService* service) override;
     MVNFilter* _alloc() override;
     void _OnVisibleChanged(bool visible) override;
+    bool drawsPicture() override;
     void _OnAnimationChanged(int animation) override;
     void _OnRotationChanged(int rotation) override;
 

@@ -95,6 +95,11 @@ void MVNFilterSample::_OnConnected(MVNService* service) {
     log_debug(kTag, "%s _OnConnected done", getStringId().c_str());
 }
 
+bool MVNFilterSample::drawsPicture() {
+    AutoLock guard(mLock);
+    return mFilterNode != nullptr;
+}
+
 void MVNFilterSample::_OnDisconnected(MVNService* service) {
     log_debug(kTag, "%s _OnDisconnected", getStringId().c_str());
     AutoLock guard(mLock);

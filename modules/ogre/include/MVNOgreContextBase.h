@@ -120,6 +120,16 @@ public:
 
     Ogre::Root* getRoot() { return mRoot; }
     Ogre::RenderWindow* getRenderWindow();
+    // Creating a render texture binds its frame buffer, and destroying one
+    // unbinds it, behind the GL render system's back: it still believes the
+    // last viewport's target is bound and skips binding it again, so the
+    // next draw into that target would land elsewhere. Making the window's
+    // viewport the active one puts belief and state back in step. Render
+    // thread only; every place that makes, resizes or destroys a render
+    // texture calls it afterwards.
+    void resyncRenderTarget();
+    // The same on the running context, if any.
+    static void resyncCurrentRenderTarget();
     const std::vector<NativeWindowPair>& getWindows() const { return mWindows; }
     Ogre::OverlaySystem* getOverlaySystem() { return mOverlaySystem; }
     Ogre::FileSystemLayer& getFSLayer() { return *mFSLayer; }

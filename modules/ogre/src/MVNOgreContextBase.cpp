@@ -1,9 +1,13 @@
 #include "MVNOgreContextBase.h"
+#include "MVNOgreManager.h"
 
 #include <Bites/OgreInput.h>
 #include <Ogre.h>
 #include <OgreFileSystemLayer.h>
 #include <OgreGpuProgramManager.h>
+#include <OgreRenderSystem.h>
+#include <OgreRenderWindow.h>
+#include <OgreViewport.h>
 #include <OgrePlugin.h>
 #include <OgreOverlaySystem.h>
 #include <OgreRTShaderSystem.h>
@@ -491,6 +495,17 @@ void MVNOgreContextBase::pollEvents() { WindowEventUtilities::messagePump(); }
 
 Ogre::RenderWindow* MVNOgreContextBase::getRenderWindow() {
     return mWindows.empty() ? nullptr : mWindows.front().render;
+}
+
+void MVNOgreContextBase::resyncRenderTarget() {
+    Ogre::Root* root = Ogre::Root::getSingletonPtr();
+    Ogre::RenderSystem* rs = root ? root->getRenderSystem() : nullptr;
+    Ogre::RenderWindow* window = getRenderWindow();
+    if (rs && window && window->getNumViewports() > 0) rs->_setViewport(window->getViewport(0));
+}
+
+void MVNOgreContextBase::resyncCurrentRenderTarget() {
+    if (MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext()) context->resyncRenderTarget();
 }
 
 int MVNOgreContextBase::getDisplayWidth() {

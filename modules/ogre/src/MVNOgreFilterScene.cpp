@@ -20,17 +20,6 @@ namespace Morvane {
 namespace {
 const char* const kTag = "MVNOgreFilterScene";
 
-// Creating a render texture binds its frame buffer, and destroying one
-// unbinds it, behind the render system's back: it still believes the last
-// viewport's target is bound and skips binding it again, so the next draw
-// into that target would land elsewhere. Making the window's viewport the
-// active one puts belief and state back in step.
-void resyncRenderTarget() {
-    Ogre::RenderSystem* rs = Ogre::Root::getSingleton().getRenderSystem();
-    MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext();
-    Ogre::RenderWindow* window = context ? context->getRenderWindow() : nullptr;
-    if (rs && window && window->getNumViewports() > 0) rs->_setViewport(window->getViewport(0));
-}
 // The private camera always stands this far from the picture plane.
 const float kCameraDistance = 10000.0f;
 }  // namespace
@@ -71,7 +60,7 @@ int MVNOgreFilterScene::init() {
 
 void MVNOgreFilterScene::_init() {
     mSceneManager = new MVNOgreSceneManager(mWidth, mHeight, mRttName, "");
-    resyncRenderTarget();
+    MVNOgreContextBase::resyncCurrentRenderTarget();
     mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, mTextureName);
     if (!mMaterial->getMaterial()) {
         log_debug(kTag, "MaterialImpl create error");
@@ -101,7 +90,7 @@ void MVNOgreFilterScene::_release() {
     if (mSceneManager) {
         delete mSceneManager;
         mSceneManager = nullptr;
-        resyncRenderTarget();
+        MVNOgreContextBase::resyncCurrentRenderTarget();
     }
 }
 

@@ -18,9 +18,11 @@ int antiAliasingLevel() {
 }
 
 Ogre::TexturePtr makeTexture(const std::string& name, int width, int height, int usage) {
-    return Ogre::TextureManager::getSingleton().createManual(
+    Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
         name, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME, Ogre::TEX_TYPE_2D, width, height, 1, 0,
         Ogre::PF_BYTE_BGRA, usage, nullptr, false, antiAliasingLevel(), "");
+    if (usage & Ogre::TU_RENDERTARGET) MVNOgreContextBase::resyncCurrentRenderTarget();
+    return texture;
 }
 
 // Gives a pooled texture new GPU storage of width x height. A manual
@@ -31,6 +33,7 @@ void resizeStorage(const Ogre::TexturePtr& texture, int width, int height) {
     texture->setWidth(width);
     texture->setHeight(height);
     texture->createInternalResources();
+    if (texture->getUsage() & Ogre::TU_RENDERTARGET) MVNOgreContextBase::resyncCurrentRenderTarget();
 }
 
 // Takes a texture out of the engine for good.
@@ -40,6 +43,7 @@ void removeFromEngine(const std::shared_ptr<Ogre::Texture>& texture) {
     texture->freeInternalResources();
     Ogre::TextureManager& manager = Ogre::TextureManager::getSingleton();
     if (manager.resourceExists(name, Ogre::RGN_DEFAULT)) manager.remove(name, Ogre::RGN_DEFAULT);
+    MVNOgreContextBase::resyncCurrentRenderTarget();
 }
 }  // namespace
 

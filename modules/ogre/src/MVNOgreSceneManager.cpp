@@ -78,6 +78,7 @@ MVNOgreSceneManager::MVNOgreSceneManager(int width, int height, const std::strin
     // scene leaves empty stays see-through.
     viewport->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
     viewport->setBackgroundColour(Ogre::ColourValue::ZERO);
+    MVNOgreContextBase::resyncCurrentRenderTarget();
 }
 
 MVNOgreSceneManager::~MVNOgreSceneManager() {
@@ -89,6 +90,7 @@ MVNOgreSceneManager::~MVNOgreSceneManager() {
     Ogre::SceneManager* scene = root->getSceneManager(mSceneName);
     if (Ogre::TextureManager::getSingletonPtr()) {
         removeTexture(mRttName);
+        MVNOgreContextBase::resyncCurrentRenderTarget();
     }
     if (auto* generator = Ogre::RTShader::ShaderGenerator::getSingletonPtr()) {
         generator->removeSceneManager(scene);

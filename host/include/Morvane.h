@@ -31,6 +31,8 @@
 #include "MVNDoubleFrame.h"
 #include "MVNPixelUtils.h"
 #include "MVNImage.h"
+#include "MVNLut3dColor3F.h"
+#include "MVNLut3d.h"
 #include "MVNClock.h"
 #include "MVNVideoClock.h"
 #include "MVNSpeedClock.h"

@@ -190,13 +190,22 @@ private:
     std::string mGroup;
     std::string mTextureNodeName;
     bool mTextureNodeApply = true;
-    // The render texture was hidden by resetRender; getImage shows it again.
+    // The clip was hidden by resetRender (the timeline left it); getImage
+    // shows it again, its filters' pictures included.
     std::atomic<bool> mNodeHidden{false};
+    // Video filters draw the clip's picture, so its own quad stays hidden.
+    bool mQuadSuppressed = false;
+    // What the render texture was last told; under mStateLock.
+    bool mQuadVisible = true;
     bool mAudioConverter = false;
     MVNProducerType mType = MVN_PRODUCER_NONE;
     std::atomic<int> mPosition{0};
     // Guards the group, decoder, transitions and the render texture.
     mutable std::recursive_mutex mStateLock;
+
+    // Shows or hides the render texture as visibility, the timeline and the
+    // filters want it; under mStateLock.
+    void _syncQuad();
 };
 
 }  // namespace Morvane

@@ -92,7 +92,7 @@ void MVNProducer::_OnPropertyChanged(const char* key) {
         bool visible = isVisible();
         {
             std::lock_guard<std::recursive_mutex> node(mStateLock);
-            if (mRenderTexture != nullptr) mRenderTexture->setVisible(visible);
+            _syncQuad();
         }
         {
             std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
@@ -149,17 +149,21 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
             for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
         }
     }
+    // Back on the timeline: the filters' pictures show again with the clip.
+    if (mNodeHidden.exchange(false) && isVisible()) {
+        std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
+        for (MVNFilter* filter : mVideoFilters) filter->_OnVisibleChanged(true);
+    }
     // The texture may be rebuilt by another thread (a change of group); it
     // is only touched under the state lock.
     std::lock_guard<std::recursive_mutex> node(mStateLock);
+    // When video filters draw the clip's picture, its own quad stays hidden:
+    // it would show through wherever a filter leaves transparency (masks,
+    // reveals), and it needs no upload.
+    mQuadSuppressed = filtered;
     if (mRenderTexture != nullptr) {
-        if (filtered) {
-            // The video filters draw the clip's picture. Its own quad stays
-            // hidden, or it would show through wherever a filter leaves
-            // transparency (masks, reveals), and needs no upload.
-            if (!mNodeHidden.exchange(true)) mRenderTexture->setVisible(false);
-        } else {
-            if (mNodeHidden.exchange(false) && isVisible()) mRenderTexture->setVisible(true);
+        _syncQuad();
+        if (!filtered) {
             MVNByteBuffer* buffer = f->buffer();
             if (f->colorFormat() == MVN_COLOR_BGRA && buffer != nullptr && buffer->ptr() != nullptr &&
                 f->width() > 0 && f->height() > 0) {
@@ -187,8 +191,22 @@ int MVNProducer::getAudio(int position, void* converter, MVNFrame** frame) {
 }
 
 void MVNProducer::resetRender(int position) {
-    std::lock_guard<std::recursive_mutex> node(mStateLock);
-    if (mRenderTexture != nullptr && !mNodeHidden.exchange(true)) mRenderTexture->setVisible(false);
+    if (mNodeHidden.exchange(true)) return;
+    {
+        std::lock_guard<std::recursive_mutex> node(mStateLock);
+        _syncQuad();
+    }
+    // The filters' pictures leave the scene with the clip.
+    std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
+    for (MVNFilter* filter : mVideoFilters) filter->_OnVisibleChanged(false);
+}
+
+void MVNProducer::_syncQuad() {
+    if (mRenderTexture == nullptr) return;
+    bool visible = isVisible() && !mNodeHidden.load() && !mQuadSuppressed;
+    if (visible == mQuadVisible) return;
+    mQuadVisible = visible;
+    mRenderTexture->setVisible(visible);
 }
 
 int MVNProducer::seek(int position, int whence) {
@@ -325,12 +343,16 @@ void MVNProducer::_createTextureNode(const std::string& name, bool apply) {
     }
     mRenderTexture = texture;
     mNodeHidden.store(false);
+    mQuadVisible = true;  // a new render texture starts shown
     if (!apply) return;
     texture->setGeometry(_effectiveGeometry());
     texture->setAnimation(getAnimation());
     int rotation = getInt32("rotation", -1);
     if (rotation != -1) texture->setRotation(rotation);
-    if (!isVisible()) texture->setVisible(false);
+    if (!isVisible()) {
+        texture->setVisible(false);
+        mQuadVisible = false;
+    }
 }
 
 void MVNProducer::_destroyTextureNode() {

@@ -193,6 +193,28 @@ TEST_F(MvnRender, AFilteredClipShowsOnlyItsFilteredPicture) {
     }
 }
 
+TEST_F(MvnRender, AFilteredClipWaitsForItsTurnAndLeavesWithIt) {
+    std::vector<uint8_t> pixels(16 * 16 * 4);
+    for (size_t i = 0; i < pixels.size(); i += 4) pixels[i + 2] = pixels[i + 3] = 255;  // B,G,R,A red
+    ASSERT_EQ(MVNImage::saveToFile((dir / "red.png").string(), pixels.data(), 16, 16), 0);
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 3, "properties": { "color": "#0000ffff" } } ] },
+        { "clips": [ { "blank": 1 },
+                     { "service": "ogre.image", "resource": "red.png", "length": 1, "filters": [
+                       { "service": "ogre.filter.sample", "resource": "SaturationFilter" } ] },
+                     { "blank": 1 } ] } ] })";
+    ToolRun r = runTool(project + " -o - --quiet");
+    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(r.out.size(), 3u * 64 * 64 * 4);
+    const char* expect[] = {"blue", "red", "blue"};
+    for (int frame = 0; frame < 3; ++frame) {
+        const uint8_t* centre = reinterpret_cast<const uint8_t*>(r.out.data()) + (frame * 64 * 64 + 32 * 64 + 32) * 4;
+        bool red = centre[0] == 255 && centre[2] == 0;
+        bool blue = centre[0] == 0 && centre[2] == 255;
+        EXPECT_TRUE(std::string(expect[frame]) == "red" ? red : blue) << "frame " << frame << " should be " << expect[frame];
+    }
+}
+
 TEST_F(MvnRender, FramesPastTheEndAreRefused) {
     ToolRun r = runTool(project + " -o - --frames 5:10");
     EXPECT_EQ(r.status, 2);

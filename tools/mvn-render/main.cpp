@@ -15,6 +15,10 @@
 #include <memory>
 #include <string>
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 #include "MVNFactory.h"
 #include "MVNLog.h"
 #include "MVNModule.h"
@@ -135,6 +139,10 @@ std::string stateFolder() {
 // nothing at all with --quiet (the tool's own one-line errors still do).
 void setUpLogging(bool quiet) {
     const char* env = std::getenv("MORVANE_LOG_LEVEL");
+    // The encoders' statistics are noise to a user; their errors are not.
+    MVNLogLevel wanted = MVNLogLevel::Warn;
+    bool chatty = env && *env && parseLogLevel(env, wanted) && wanted <= MVNLogLevel::Debug;
+    av_log_set_level(chatty ? AV_LOG_INFO : quiet ? AV_LOG_QUIET : AV_LOG_ERROR);
     if (env && *env) return;
     setLogLevel(MVNLogLevel::Off);
     if (quiet) return;

@@ -128,7 +128,45 @@ private:
     std::unique_ptr<MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>> node;
 };
 
-void BM_ReadBack(benchmark::State& state, ReaderCase c) {
+// The engine at the size a benchmark asks for, with its picture: started
+// again only when the size changes, so benchmarks of one size share it.
+struct Engine {
+    int width = 0;
+    int height = 0;
+    bool running = false;
+    std::unique_ptr<ScenePicture> picture;
+
+    void stop() {
+        picture.reset();
+        if (running) MVNOgreManager::getSingleton()->release();
+        running = false;
+        width = height = 0;
+    }
+    bool at(int w, int h) {
+        if (running && w == width && h == height) return true;
+        stop();
+        if (MVNOgreManager::getSingleton()->init(MVNProfile(w, h, 25), 0, 0) != 0) {
+            MVNOgreManager::getSingleton()->release();
+            return false;
+        }
+        running = true;
+        width = w;
+        height = h;
+        picture.reset(new ScenePicture());
+        return true;
+    }
+};
+
+Engine gEngine;
+
+bool engineAt(benchmark::State& state, int w, int h) {
+    if (gEngine.at(w, h)) return true;
+    state.SkipWithError("the engine did not start");
+    return false;
+}
+
+void BM_ReadBack(benchmark::State& state, ReaderCase c, int width, int height) {
+    if (!engineAt(state, width, height)) return;
     bool ok = false;
     onRenderThread([&] { ok = context()->resetRenderReader(c.type, c.antiAliasing); }, "benchResetReader");
     if (!ok) {
@@ -182,7 +220,8 @@ bool sameRow(const unsigned char* got, const unsigned char* rgba, int width, boo
     return true;
 }
 
-void BM_ReadBackOneCopy(benchmark::State& state, bool bgra) {
+void BM_ReadBackOneCopy(benchmark::State& state, bool bgra, int width, int height) {
+    if (!engineAt(state, width, height)) return;
     bool ok = false;
     onRenderThread([&] { ok = context()->resetRenderReader(MVN_READER_RTT, false); }, "benchResetReader");
     if (!ok) {
@@ -252,7 +291,8 @@ void BM_ReadBackOneCopy(benchmark::State& state, bool bgra) {
     state.counters["same_bottom_first"] = bottomFirst ? 1 : 0;
 }
 
-void BM_Upload(benchmark::State& state) {
+void BM_Upload(benchmark::State& state, int width, int height) {
+    if (!engineAt(state, width, height)) return;
     const int w = context()->getWidth();
     const int h = context()->getHeight();
     const size_t bytes = static_cast<size_t>(w) * h * 4;
@@ -326,40 +366,31 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "mvn-bench-gpu: no scratch folder\n");
         return 1;
     }
-    int status = 0;
     for (const auto& size : parseSizes(sizesArg)) {
         const int w = size.first, h = size.second;
-        if (MVNOgreManager::getSingleton()->init(MVNProfile(w, h, 25), 0, 0) != 0) {
-            std::fprintf(stderr, "mvn-bench-gpu: the engine did not start at %dx%d\n", w, h);
-            MVNOgreManager::getSingleton()->release();
-            status = 1;
-            continue;
-        }
         const std::string suffix = "/" + std::to_string(w) + "x" + std::to_string(h);
-        ScenePicture* picture = new ScenePicture();
         for (const ReaderCase& c : kReaders) {
-            std::string name = std::string("ReadBack/") + c.name + (c.windowReader ? "/window_aa" : c.antiAliasing ? "/aa" : "/noaa") + suffix;
-            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBack, c)
+            std::string name = std::string("ReadBack/") + c.name +
+                               (c.windowReader ? "/window_aa" : c.antiAliasing ? "/aa" : "/noaa") + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBack, c, w, h)
                 ->Iterations(20)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
         }
         for (bool bgra : {true, false}) {
             std::string name = std::string("ReadBack/one_copy_") + (bgra ? "bgra" : "rgba") + "/noaa" + suffix;
-            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBackOneCopy, bgra)
+            benchmark::RegisterBenchmark(name.c_str(), BM_ReadBackOneCopy, bgra, w, h)
                 ->Iterations(20)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
         }
-        benchmark::RegisterBenchmark(("Upload" + suffix).c_str(), BM_Upload)
+        benchmark::RegisterBenchmark(("Upload" + suffix).c_str(), BM_Upload, w, h)
             ->Iterations(20)
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
-        benchmark::RunSpecifiedBenchmarks();
-        benchmark::ClearRegisteredBenchmarks();
-        delete picture;
-        MVNOgreManager::getSingleton()->release();
     }
+    benchmark::RunSpecifiedBenchmarks();
+    gEngine.stop();
     benchmark::Shutdown();
-    return status;
+    return 0;
 }

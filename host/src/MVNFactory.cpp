@@ -187,7 +187,6 @@ std::string MVNFactory::addService(MVNService* service) {
 
 int MVNFactory::destroyService(const std::string& id) {
     MVNService* s = nullptr;
-    std::vector<MVNService*> others;
     {
         std::lock_guard<std::recursive_mutex> guard(mLock);
         auto it = mServices.find(id);
@@ -203,7 +202,6 @@ int MVNFactory::destroyService(const std::string& id) {
                 break;
             }
         }
-        for (auto& kv : mServices) others.push_back(kv.second);
     }
     // Unhook it everywhere first, so that nothing keeps a pointer to it.
     if (auto* filter = dynamic_cast<MVNFilter*>(s)) {
@@ -213,10 +211,13 @@ int MVNFactory::destroyService(const std::string& id) {
     if (auto* group = dynamic_cast<MVNGroup*>(s)) group->disconnect();
     if (auto* producer = dynamic_cast<MVNProducer*>(s)) {
         producer->detachAll();
-        for (MVNService* o : others) {
-            if (auto* g = dynamic_cast<MVNGroup*>(o)) {
+        // Walked under the lock: a service still in the map is not being
+        // destroyed by another thread, which takes it out first.
+        std::lock_guard<std::recursive_mutex> guard(mLock);
+        for (auto& kv : mServices) {
+            if (auto* g = dynamic_cast<MVNGroup*>(kv.second)) {
                 if (g->producer() == producer) g->disconnect();
-            } else if (auto* c = dynamic_cast<MVNConsumer*>(o)) {
+            } else if (auto* c = dynamic_cast<MVNConsumer*>(kv.second)) {
                 if (c->connectedProducer() == producer) c->disconnect();
             }
         }

@@ -131,6 +131,15 @@ TEST_F(MvnRender, RawFramesGoToStandardOutputAsRgba) {
     EXPECT_EQ(corner[3], 255);
 }
 
+TEST_F(MvnRender, FastAndSyncOptionsKeepPixelAlignedPicturesExact) {
+    ToolRun plain = runTool(project + " -o - --quiet");
+    ToolRun fast = runTool(project + " -o - --quiet --no-antialias --sync");
+    ASSERT_EQ(plain.status, 0) << plain.err;
+    ASSERT_EQ(fast.status, 0) << fast.err;
+    ASSERT_EQ(plain.out.size(), 10u * 320 * 180 * 4);
+    EXPECT_TRUE(plain.out == fast.out) << "clips on whole pixels look the same without multisampling";
+}
+
 TEST_F(MvnRender, BadInputExitsWithTwoAndOneLine) {
     std::ofstream(project) << R"({ "profile": "hd_720_25p", "tracks": [ { "clips": [
         { "service": "ogre.color", "length": 5 },

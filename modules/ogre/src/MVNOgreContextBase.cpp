@@ -228,6 +228,7 @@ bool MVNOgreContextBase::oneTimeConfig() {
 }
 
 int MVNOgreContextBase::chooseAntiAliasingLevel() {
+    if (!MVNOgreManager::getSingleton()->isAntiAliasing()) return 0;
     if (mAntiAliasingLevel >= 0) return mAntiAliasingLevel;
     std::vector<std::string> values;
     Ogre::RenderSystem* rs = mRoot ? mRoot->getRenderSystem() : nullptr;

@@ -77,6 +77,8 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
         // 0 stands for the profile's size.
         int renderWinWidth = props.getInt32("render_win_width", 0);
         int renderWinHeight = props.getInt32("render_win_height", 0);
+        // Multisampling stays on unless the host trades it for speed.
+        MVNOgreManager::getSingleton()->setAntiAliasing(props.getBoolean("anti_aliasing", true));
         // Folders, separated by ';', whose files the engine finds by name.
         std::string locations = props.getString("resource_locations", "");
         for (size_t start = 0; start < locations.size();) {

@@ -4,6 +4,7 @@
 // variable there is nothing to do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -108,6 +109,31 @@ TEST(FilterGallery, WritesEveryFilterWithAnIndex) {
         Picture{image->ptr(), W, H}.save(std::string(dir) + "/" + entry.name + ".png");
         MVNByteBufferPool::sRelease(image);
         byFamily[entry.family].push_back(entry.name);
+        clip.detachAll();
+    }
+
+    // Every table of media/luts through the LUT filter, named after its file.
+    std::vector<std::filesystem::path> luts;
+    for (const auto& e : std::filesystem::directory_iterator(MVN_SOURCE_DIR "/media/luts")) {
+        if (e.path().extension() == ".cube") luts.push_back(e.path());
+    }
+    std::sort(luts.begin(), luts.end());
+    for (const auto& lut : luts) {
+        SCOPED_TRACE(lut.string());
+        PictureClip clip(picture, false);
+        MVNFilterSample filter(MVNProfile(W, H, 25), "ApplyDynamicLutFilter", MVN_FILTER_USE_NORMAL);
+        filter.init();
+        filter.setString("ufmMVNLutPath", lut.string());
+        ASSERT_EQ(clip.attach(&filter), 0);
+        MVNFrame* frame = nullptr;
+        ASSERT_EQ(clip.getImage(0, &frame), 0);
+        MVNFrame::pushBackPool(frame);
+        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
+        ASSERT_NE(image, nullptr);
+        const std::string name = "lut-" + lut.stem().string();
+        Picture{image->ptr(), W, H}.save(std::string(dir) + "/" + name + ".png");
+        MVNByteBufferPool::sRelease(image);
+        byFamily["lut"].push_back(name);
         clip.detachAll();
     }
 

@@ -146,15 +146,7 @@ void MVNOgreTextureNodePlane::setZOrder(int zOrder) {
 void MVNOgreTextureNodePlane::setUniformFloat(const std::string& name, float value, bool wait) {
     if (material == nullptr) return;
     try {
-        Ogre::MaterialPtr engineMaterial = material->getMaterial();
-        if (!engineMaterial ||
-            !Ogre::MaterialManager::getSingleton().resourceExists(engineMaterial->getName(), Ogre::RGN_DEFAULT)) {
-            return;
-        }
-        Ogre::GpuProgramParametersSharedPtr parameters =
-            engineMaterial->getTechnique(0)->getPass(0)->getFragmentProgramParameters();
-        parameters->_findNamedConstantDefinition(name, false);
-        parameters->setNamedConstant(name, value);
+        material->setFragmentUniform(name, value);
     } catch (const std::exception&) {
         // A uniform the program doesn't have is no failure for the caller.
         log_debug(kTag, "setUniformFloat exception");

@@ -68,15 +68,7 @@ void MVNOgreTextureNodeRect2d::setVisible(bool visible) {
 void MVNOgreTextureNodeRect2d::setUniformFloat(const std::string& name, float value, bool wait) {
     if (material == nullptr) return;
     try {
-        Ogre::MaterialPtr engineMaterial = material->getMaterial();
-        if (!engineMaterial ||
-            !Ogre::MaterialManager::getSingleton().resourceExists(engineMaterial->getName(), Ogre::RGN_DEFAULT)) {
-            return;
-        }
-        Ogre::GpuProgramParametersSharedPtr parameters =
-            engineMaterial->getTechnique(0)->getPass(0)->getFragmentProgramParameters();
-        parameters->_findNamedConstantDefinition(name, false);
-        parameters->setNamedConstant(name, value);
+        material->setFragmentUniform(name, value);
     } catch (const std::exception&) {
         log_debug(kTag, "setUniformFloat exception");
     }

@@ -62,11 +62,6 @@ vec4 discBlur(vec2 uv, vec2 radius)
     return sum / total;
 }
 
-float gauss(float x, float sigma)
-{
-    return exp(-(x * x) / (2.0 * sigma * sigma));
-}
-
 void main()
 {
     vec4 colour = picture(vUv);
@@ -99,32 +94,39 @@ void main()
                 + picture(vUv + vec2(0.0, t.y)).rgb + picture(vUv - vec2(0.0, t.y)).rgb;
     result.rgb = colour.rgb + ufmSharpnessStrength * 4.0 * (colour.rgb - around * 0.25);
 #elif defined(GAUSSIAN)
+    // A 9 x 9 kernel, sigma 2, read as 5 x 5 bilinear fetches: each fetch
+    // between two texels weighs them as the kernel does (the offsets and
+    // weights below are those of pairs of taps), so 25 fetches give what 81
+    // would.
     vec2 texel = texelOf(ufmImageW, ufmImageH);
+    const float offsets[3] = float[3](0.0, 1.4073334, 3.2942150);
+    const float weights[3] = float[3](0.204163689, 0.304005360, 0.093912796);
     vec4 sum = vec4(0.0);
-    float total = 0.0;
-    for (int y = -4; y <= 4; ++y) {
-        for (int x = -4; x <= 4; ++x) {
-            float w = gauss(float(x), 2.0) * gauss(float(y), 2.0);
-            sum += picture(vUv + vec2(float(x), float(y)) * texel) * w;
-            total += w;
+    for (int y = -2; y <= 2; ++y) {
+        float oy = y < 0 ? -offsets[-y] : offsets[y];
+        float wy = weights[y < 0 ? -y : y];
+        for (int x = -2; x <= 2; ++x) {
+            float ox = x < 0 ? -offsets[-x] : offsets[x];
+            sum += picture(vUv + vec2(ox, oy) * texel) * (weights[x < 0 ? -x : x] * wy);
         }
     }
-    result = sum / total;
+    result = sum;
 #elif defined(GAUSSIAN_X) || defined(GAUSSIAN_Y)
+    // 19 taps, sigma 3, as 11 fetches: pairs of taps read between texels.
     vec2 texel = texelOf(ufmImageW, ufmImageH);
 #if defined(GAUSSIAN_X)
     vec2 step = vec2(texel.x, 0.0);
 #else
     vec2 step = vec2(0.0, texel.y);
 #endif
-    vec4 sum = vec4(0.0);
-    float total = 0.0;
-    for (int i = -9; i <= 9; ++i) {
-        float w = gauss(float(i), 3.0);
-        sum += picture(vUv + float(i) * step) * w;
-        total += w;
+    const float offsets[6] = float[6](0.0, 1.4584295, 3.4039848, 5.3518058, 7.3029407, 9.0);
+    const float weights[6] = float[6](0.133175996, 0.232618096, 0.135525613, 0.051231140, 0.012557701,
+                                      0.001479452);
+    vec4 sum = picture(vUv) * weights[0];
+    for (int i = 1; i < 6; ++i) {
+        sum += (picture(vUv + offsets[i] * step) + picture(vUv - offsets[i] * step)) * weights[i];
     }
-    result = sum / total;
+    result = sum;
 #endif
 
     gl_FragColor = clamp(result, 0.0, 1.0);

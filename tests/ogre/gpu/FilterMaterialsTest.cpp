@@ -3,6 +3,7 @@
 // in its fragment program; neutral settings leave the picture as it is.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "FilterMediaHarness.h"
@@ -343,5 +344,58 @@ INSTANTIATE_TEST_SUITE_P(
                  false},
         MaskCase{"StarKeepsItsMiddle", "MaskStarShapeFilter", {{"ufmStarSizeX", 1.0f}, {"ufmStarSizeY", 1.0f}}, true,
                  false}));
+
+}  // namespace
+
+namespace {
+
+// The full kernel on the processor: every tap of a (2 * radius + 1)^2
+// Gaussian (or of one row or column), the picture's edge repeated outside.
+Image gaussianReference(const Image& in, float sigma, int radiusX, int radiusY) {
+    Image out = in;
+    auto weight = [sigma](int d) { return std::exp(-float(d * d) / (2.0f * sigma * sigma)); };
+    for (int y = 0; y < in.height; ++y) {
+        for (int x = 0; x < in.width; ++x) {
+            double sum[4] = {0, 0, 0, 0};
+            double total = 0;
+            for (int dy = -radiusY; dy <= radiusY; ++dy) {
+                for (int dx = -radiusX; dx <= radiusX; ++dx) {
+                    double w = weight(dx) * weight(dy);
+                    RGBA c = in.at(std::clamp(x + dx, 0, in.width - 1), std::clamp(y + dy, 0, in.height - 1));
+                    sum[0] += c.r * w;
+                    sum[1] += c.g * w;
+                    sum[2] += c.b * w;
+                    sum[3] += c.a * w;
+                    total += w;
+                }
+            }
+            auto level = [&](double v) { return uint8_t(std::lround(v / total)); };
+            out.set(x, y, {level(sum[0]), level(sum[1]), level(sum[2]), level(sum[3])});
+        }
+    }
+    return out;
+}
+
+// The blurs read between texels to fetch fewer times than the kernel has
+// taps; what they draw must still be the whole kernel's picture.
+TEST_F(FilterMedia, GaussianBlursDrawWhatTheirWholeKernelGives) {
+    struct Case {
+        const char* material;
+        float sigma;
+        int rx, ry;
+    };
+    for (const Case& c : {Case{"GaussianBlur", 2, 4, 4}, Case{"GaussianBlurX", 3, 9, 0},
+                          Case{"GaussianBlurY", 3, 0, 9}}) {
+        SCOPED_TRACE(c.material);
+        std::vector<std::string> errors;
+        Image out = sHarness->render(c.material, {{"ufmImageW", float(W)}, {"ufmImageH", float(H)}}, &errors);
+        ASSERT_FALSE(out.rgba.empty());
+        EXPECT_TRUE(errors.empty()) << errors.front();
+        Difference d = difference(out, gaussianReference(sChart, c.sigma, c.rx, c.ry));
+        EXPECT_LE(d.max, 2);
+        EXPECT_LT(d.mean, 0.5);
+        EXPECT_GT(difference(out, sChart).mean, 2.0) << "nothing was blurred";
+    }
+}
 
 }  // namespace

@@ -84,6 +84,11 @@ public:
     virtual int _getAudio(int position, void* converter, MVNFrame** frame) { return -1; }
     virtual int _getImage(int position, MVNFrame** frame) { return -1; }
     virtual int _getCacheImage(int position, MVNFrame** frame) { return -1; }
+    // A number that stands for the picture _getImage gives at `position`:
+    // equal numbers, equal pictures. 0, the default, says nothing and every
+    // picture is uploaded; a producer whose picture seldom changes returns
+    // one, and the render texture isn't given the same picture twice.
+    virtual uint64_t _pictureKey(int position) { return 0; }
     virtual MVNProducer* _alloc() { return nullptr; }
     virtual void _OnAnimationChanged(int animation) {}
     virtual void _OnRotationChanged(int rotation) {}
@@ -195,6 +200,9 @@ private:
     std::atomic<bool> mNodeHidden{false};
     // Video filters draw the clip's picture, so its own quad stays hidden.
     bool mQuadSuppressed = false;
+    // _pictureKey of what the render texture holds, 0 when unknown; under
+    // mStateLock.
+    uint64_t mUploadedKey = 0;
     // What the render texture was last told; under mStateLock.
     bool mQuadVisible = true;
     bool mAudioConverter = false;

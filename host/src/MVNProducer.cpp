@@ -134,6 +134,9 @@ MVNFrame* MVNProducer::_runChain(std::vector<MVNFilter*>& chain, int position, M
 int MVNProducer::getImage(int position, MVNFrame** frame) {
     if (frame == nullptr) return -1;
     MVNFrame* f = nullptr;
+    // Asked before the picture is made: a change that lands between the two
+    // gives a key that is already out of date, so the next picture goes up.
+    uint64_t key = _pictureKey(position);
     int rc = _getImage(position, &f);
     if (rc != 0) return rc;
     if (f == nullptr) {
@@ -143,7 +146,10 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
     bool filtered = false;
     {
         std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
-        if (!mVideoFiltersCPU.empty()) f = _runChain(mVideoFiltersCPU, position, f);
+        if (!mVideoFiltersCPU.empty()) {
+            f = _runChain(mVideoFiltersCPU, position, f);
+            key = 0;  // the picture is the filters' now
+        }
         if (!mVideoFilters.empty()) {
             f = _runChain(mVideoFilters, position, f);
             for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
@@ -166,8 +172,9 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
         if (!filtered) {
             MVNByteBuffer* buffer = f->buffer();
             if (f->colorFormat() == MVN_COLOR_BGRA && buffer != nullptr && buffer->ptr() != nullptr &&
-                f->width() > 0 && f->height() > 0) {
+                f->width() > 0 && f->height() > 0 && (key == 0 || key != mUploadedKey)) {
                 mRenderTexture->updateTexture(buffer->ptr(), f->width(), f->height());
+                mUploadedKey = key;
             }
         }
         if (getAnimation() != 0) mRenderTexture->updateAnimation(position);
@@ -342,6 +349,7 @@ void MVNProducer::_createTextureNode(const std::string& name, bool apply) {
         return;
     }
     mRenderTexture = texture;
+    mUploadedKey = 0;
     mNodeHidden.store(false);
     mQuadVisible = true;  // a new render texture starts shown
     if (!apply) return;
@@ -364,6 +372,7 @@ void MVNProducer::_destroyTextureNode() {
         log_error(kTag, "%s destroy render texture failed: %s", getStringId().c_str(), e.what());
     }
     mRenderTexture = nullptr;
+    mUploadedKey = 0;
 }
 
 void MVNProducer::_createTextureNode() {

@@ -252,6 +252,47 @@ TEST_F(ProducerTexture, AFilterThatCannotDrawLeavesTheClipDrawn) {
     EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 7"}));
 }
 
+// A producer that tells what its picture is ("mark") isn't uploaded the same
+// picture twice: not while it stays, but again when it changes, when a CPU
+// filter made it, and on a texture built anew.
+TEST_F(ProducerTexture, AKnownPictureGoesUpOncePerTexture) {
+    struct KeyedProducer : FakeProducer {
+        using FakeProducer::FakeProducer;
+        uint64_t _pictureKey(int) override { return static_cast<uint64_t>(getInt32("mark", 7)); }
+    };
+    producer = std::make_unique<KeyedProducer>(profile);
+    producer->_createTextureNode("", false);
+    calls.clear();
+    auto draw = [&](int position) {
+        MVNFrame* frame = nullptr;
+        ASSERT_EQ(producer->getImage(position, &frame), 0);
+        MVNFrame::pushBackPool(frame);
+    };
+    draw(1);
+    draw(2);
+    producer->setInt32("mark", 8);
+    draw(3);
+    draw(4);
+    EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 7", "upload 4x2 first 8"}));
+    calls.clear();
+    StampFilter cpu(profile, 9, MVN_FILTER_USE_CPU);
+    ASSERT_EQ(producer->attach(&cpu), 0);
+    draw(5);
+    draw(6);
+    ASSERT_EQ(producer->detach(&cpu), 0);
+    draw(7);
+    draw(8);
+    EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 8", "upload 4x2 first 8", "upload 4x2 first 8"}))
+        << "each filtered picture, then the plain one once";
+    calls.clear();
+    producer->_destroyTextureNode();
+    producer->_createTextureNode("", false);
+    calls.clear();
+    draw(9);
+    draw(10);
+    EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 8"}));
+}
+
 TEST_F(ProducerTexture, GroupMovesTheTextureIntoItsScene) {
     producer->_createTextureNode("pic.png", false);
     calls.clear();

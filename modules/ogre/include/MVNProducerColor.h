@@ -32,6 +32,9 @@ public:
 protected:
     // The colour with its border and grid, from the properties.
     void _paint(uint8_t* bgra, int width, int height, int position) override;
+    // Colour, border, grid and size, packed: the same picture is uploaded
+    // once, not every frame.
+    uint64_t _pictureKey(int position) override;
 };
 
 }  // namespace Morvane

@@ -45,6 +45,7 @@ private:
     std::string mMeshName;      // from "FilterMesh"
     std::string mEntityName;    // from "FilterEntity"
     Ogre::Entity* mEntity = nullptr;
+    bool mDepthWriter = false;  // counted as a depth writer until released
     Ogre::SceneNode* mNode = nullptr;
 };
 

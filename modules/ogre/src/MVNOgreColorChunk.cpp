@@ -7,6 +7,7 @@
 
 #include "MVNGeneratorStringId.h"
 #include "MVNLog.h"
+#include "MVNOgreDepthClear.h"
 
 namespace Morvane {
 
@@ -40,6 +41,8 @@ MVNOgreColorChunk::MVNOgreColorChunk(const std::string& sceneManagerName, int wi
         Ogre::Pass* pass = material->getTechnique(0)->getPass(0);
         pass->setLightingEnabled(false);
         pass->setDepthWriteEnabled(true);
+        MVNOgreDepthClear::addWriter();
+        mDepthWriter = true;
         material->setDiffuse(Ogre::ColourValue::White);
         material->setAmbient(Ogre::ColourValue::White);
         pass->createTextureUnitState(mTextureName, 0)->setTextureAddressingMode(Ogre::TextureUnitState::TAM_CLAMP);
@@ -102,6 +105,8 @@ void MVNOgreColorChunk::_release() {
     if (scene && mEntity) scene->destroyEntity(mEntity);
     mNode = nullptr;
     mEntity = nullptr;
+    if (mDepthWriter) MVNOgreDepthClear::removeWriter();
+    mDepthWriter = false;
     if (!Ogre::Root::getSingletonPtr()) return;
     if (!mMeshName.empty() && Ogre::MeshManager::getSingleton().resourceExists(mMeshName, Ogre::RGN_DEFAULT)) {
         Ogre::MeshManager::getSingleton().remove(mMeshName, Ogre::RGN_DEFAULT);

@@ -11,6 +11,7 @@
 #include "MVNByteBuffer.h"
 #include "MVNByteBufferPool.h"
 #include "MVNLog.h"
+#include "MVNOgreDepthClear.h"
 #include "MVNOgreRenderReader.h"
 #include "WindowEventUtilities.h"
 
@@ -135,6 +136,7 @@ void MVNOgreContext::createScene() {
         vp->setAutoUpdated(true);
         vp->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
         vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+        MVNOgreDepthClear::watch(win);
     }
     log_debug(TAG, "createScene done ");
 }

@@ -12,6 +12,7 @@
 #include "MVNByteBuffer.h"
 #include "MVNByteBufferPool.h"
 #include "MVNLog.h"
+#include "MVNOgreDepthClear.h"
 
 namespace Morvane {
 
@@ -151,6 +152,7 @@ void MVNOgreContextSDL::createScene() {
     if (Ogre::RenderWindow* win = getRenderWindow()) {
         Ogre::Viewport* vp = win->addViewport(mCamera, 0, 0, 0, 1, 1);
         vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+        MVNOgreDepthClear::watch(win);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "MVNLog.h"
 #include "MVNOgreContextBase.h"
+#include "MVNOgreDepthClear.h"
 #include "MVNOgreRenderReaderDirect.h"
 #include "MVNOgreRenderReaderGLReadPixels.h"
 #include "MVNOgreRenderReaderRTT.h"
@@ -43,6 +44,7 @@ void MVNOgreRenderReader::addReadViewport(Ogre::RenderTarget* target, Ogre::Came
     // Cover bars and labels are overlays: they belong in the read frame.
     vp->setOverlaysEnabled(true);
     vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
+    MVNOgreDepthClear::watch(target);
 }
 
 bool MVNOgreRenderReader::initGlew() {

@@ -14,6 +14,7 @@
 
 #include "MVNGeneratorStringId.h"
 #include "MVNOgreContextBase.h"
+#include "MVNOgreDepthClear.h"
 #include "MVNOgreManager.h"
 
 namespace Morvane {
@@ -78,6 +79,7 @@ MVNOgreSceneManager::MVNOgreSceneManager(int width, int height, const std::strin
     // scene leaves empty stays see-through.
     viewport->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
     viewport->setBackgroundColour(Ogre::ColourValue::ZERO);
+    MVNOgreDepthClear::watch(mRenderTarget);
     MVNOgreContextBase::resyncCurrentRenderTarget();
 }
 

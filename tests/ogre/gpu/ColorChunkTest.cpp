@@ -54,4 +54,32 @@ TEST(ColorChunk, CoversItsSizeInOneColourAndGoesAway) {
     removeMarker("not_full_screen");
 }
 
+// A chunk writes and tests depth: the depth of the frame before must not
+// hide it once it has moved away from the camera, so the composed frame's
+// depth is cleared while a chunk lives, even though plain quads don't need it.
+TEST(ColorChunk, MovedAwayFromTheCameraItStillShows) {
+    touchMarker("not_full_screen");
+    {
+        EngineRun run(W, H);
+        ASSERT_EQ(run.rc, 0);
+        TestScene::setBackground(kMagenta);
+        MVNOgreColorChunk* chunk = nullptr;
+        onRenderThread([&]() {
+            chunk = new MVNOgreColorChunk("MorvaneScene", W, H, 0, MVNColor4B(10, 200, 30, 255));
+            chunk->setPosition(0, 0, 300);
+        });
+        ASSERT_TRUE(chunk->isBuilt());
+        for (float z : {300.0f, 100.0f}) {
+            SCOPED_TRACE(z);
+            onRenderThread([&]() { chunk->setPosition(0, 0, z); });
+            MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
+            ASSERT_NE(image, nullptr);
+            EXPECT_EQ((Picture{image->ptr(), W, H}.at(W / 2, H / 2)), (RGBA{10, 200, 30, 255}));
+            MVNByteBufferPool::sRelease(image);
+        }
+        onRenderThread([&]() { delete chunk; });
+    }
+    removeMarker("not_full_screen");
+}
+
 }  // namespace

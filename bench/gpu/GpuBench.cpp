@@ -43,6 +43,10 @@
 
 using namespace Morvane;
 
+namespace MorvaneBench {
+void composeFrames(benchmark::State& state, bool upload);
+}
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -376,6 +380,12 @@ int main(int argc, char** argv) {
                 ->Iterations(20)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
+        }
+        for (bool upload : {true, false}) {
+            std::string name = std::string("ComposeFourPictureClips/") + (upload ? "upload" : "no_upload") + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), [w, h, upload](benchmark::State& state) {
+                if (engineAt(state, w, h)) MorvaneBench::composeFrames(state, upload);
+            })->Iterations(30)->Unit(benchmark::kMillisecond)->UseRealTime();
         }
         for (bool bgra : {true, false}) {
             std::string name = std::string("ReadBack/one_copy_") + (bgra ? "bgra" : "rgba") + "/noaa" + suffix;

@@ -405,17 +405,25 @@ FRAME_UNIFORMS = {
 }
 
 
+def keeps_alpha(family, define):
+    """Whether a filter hands on its input's alpha unchanged, whatever its
+    uniforms: then an opaque picture stays opaque and is drawn without
+    blending. The colour looks, the 3D LUT and the adjustments but brightness
+    (whose ufmAlpha fades the picture) do."""
+    return family in ("look", "lut") or (family == "adjust" and define != "BRIGHTNESS")
+
+
 def catalogue():
     """Every filter in catalogue order as a dict with the keys name, family,
-    program, define, uniforms, init, frame, special, extra, consts and
-    sampler_lut."""
+    program, define, uniforms, init, frame, special, extra, consts,
+    sampler_lut and keeps_alpha."""
     rows = []
 
     def add(name, family, program, define, uniforms, extras):
         row = dict(name=name, family=family, program=program, define=define, uniforms=uniforms,
                    init=extras.get("init", True), frame=extras.get("frame"), special=extras.get("special"),
                    extra=extras.get("extra", []), consts=extras.get("consts", {}),
-                   sampler_lut=extras.get("sampler_lut", False))
+                   sampler_lut=extras.get("sampler_lut", False), keeps_alpha=keeps_alpha(family, define))
         rows.append(row)
 
     for name, family, program, define, uniforms, extras in FILTERS:

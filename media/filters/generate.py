@@ -294,10 +294,11 @@ def write_cpp_table(all_rows):
         lines.append("")
     lines.append("const Morvane::MVNFilterCatalogueEntry kCatalogue[] = {")
     for index, row in enumerate(all_rows):
-        lines.append("    {%s, %s, %s, %s, %s, Frame::%s, Special::%s, kUniforms%d, %d, kSent%d, %d}," % (
+        lines.append("    {%s, %s, %s, %s, %s, Frame::%s, Special::%s, kUniforms%d, %d, kSent%d, %d, %s}," % (
             cpp_string(row["name"]), cpp_string(row["family"]), cpp_string(row["program"]),
             cpp_string(row["define"] or ""), "true" if row["init"] else "false", FRAMES[row["frame"]],
-            SPECIALS[row["special"]], index, len(row["uniforms"]), index, len(row["sent"])))
+            SPECIALS[row["special"]], index, len(row["uniforms"]), index, len(row["sent"]),
+            "true" if row["keeps_alpha"] else "false"))
     lines.append("};")
     lines.append("")
     lines.append("}  // namespace")

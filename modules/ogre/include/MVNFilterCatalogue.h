@@ -66,6 +66,7 @@ struct MVN_OGRE_API MVNFilterCatalogueEntry {
     int uniformCount;
     const char* const* sentUniforms;    // every uniform the processor may send to the material
     int sentUniformCount;
+    bool keepsAlpha;                    // the picture's alpha comes out as it went in, whatever the uniforms
 
     const MVNFilterUniform* uniform(const std::string& uniformName) const;
     bool isMask() const;

@@ -2,6 +2,7 @@
 
 #include <Ogre.h>
 
+#include "MVNFilterCatalogue.h"
 #include "MVNLog.h"
 #include "MVNOgreManager.h"
 #include "MVNOgreMaterialManager.h"
@@ -34,6 +35,7 @@ MVNOgreMaterialFilter::MVNOgreMaterialFilter(const std::string& materialName, in
             unit->setTextureFiltering(Ogre::TFO_BILINEAR);
         }
         pass->setDepthWriteEnabled(false);
+        pass->setDepthCheckEnabled(false);
         pass->setSceneBlending(Ogre::SBT_TRANSPARENT_ALPHA);
         pass->setLightingEnabled(false);
         clone->setDiffuse(Ogre::ColourValue(1, 1, 1, 1));
@@ -49,6 +51,13 @@ MVNOgreMaterialFilter::MVNOgreMaterialFilter(const std::string& materialName, in
         return;
     }
     material = clone;
+    // Only a filter that hands its input's alpha on keeps an opaque picture
+    // opaque.
+    const MVNFilterCatalogueEntry* entry = MVNFilterCatalogue::find(materialName);
+    if (entry != nullptr && entry->keepsAlpha) {
+        blending.adopt(material.get());
+        blending.followTexture(textureName);
+    }
 }
 
 MVNOgreMaterialFilter::~MVNOgreMaterialFilter() {
@@ -61,7 +70,9 @@ MVNOgreMaterialFilter::~MVNOgreMaterialFilter() {
 }
 
 void MVNOgreMaterialFilter::updateTexture(uint8_t* data, int width, int height) {
-    if (texture) texture->updateTexture(data, width, height);
+    if (texture == nullptr) return;
+    texture->updateTexture(data, width, height);
+    blending.followUpload(data, width, height);
 }
 
 Ogre::MaterialPtr MVNOgreMaterialFilter::getMaterial() { return material; }

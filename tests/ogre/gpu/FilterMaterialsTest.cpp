@@ -399,3 +399,46 @@ TEST_F(FilterMedia, GaussianBlursDrawWhatTheirWholeKernelGives) {
 }
 
 }  // namespace
+
+namespace {
+
+// A filter marked as keeping alpha (its quad is then drawn without blending
+// when the picture is opaque) hands every alpha value on as it came in, at
+// its defaults and with every uniform pushed elsewhere.
+TEST_F(FilterMedia, FiltersThatKeepAlphaHandItOnUnderAnySettings) {
+    Image faded = sChart;
+    for (int y = 0; y < H; ++y) {
+        for (int x = 0; x < W; ++x) {
+            RGBA c = faded.at(x, y);
+            c.a = static_cast<uint8_t>(x * 255 / (W - 1));
+            faded.set(x, y, c);
+        }
+    }
+    sHarness->setInput(faded);
+    int marked = 0;
+    for (int i = 0; i < MVNFilterCatalogue::count(); ++i) {
+        const MVNFilterCatalogueEntry& entry = MVNFilterCatalogue::at(i);
+        if (!entry.keepsAlpha) continue;
+        ++marked;
+        SCOPED_TRACE(entry.name);
+        Uniforms defaults, pushed;
+        for (int u = 0; u < entry.uniformCount; ++u) {
+            float v = static_cast<float>(entry.uniforms[u].fallback);
+            defaults.emplace_back(entry.uniforms[u].name, v);
+            pushed.emplace_back(entry.uniforms[u].name, v * 0.5f + 0.37f);
+        }
+        for (const Uniforms* uniforms : {&defaults, &pushed}) {
+            Image out = sHarness->render(entry.name, *uniforms);
+            ASSERT_FALSE(out.rgba.empty());
+            int worst = 0;
+            for (size_t p = 3; p < out.rgba.size(); p += 4) {
+                worst = std::max(worst, std::abs(int(out.rgba[p]) - int(faded.rgba[p])));
+            }
+            EXPECT_LE(worst, 1) << (uniforms == &defaults ? "defaults" : "pushed");
+        }
+    }
+    sHarness->setInput(sChart);
+    EXPECT_EQ(marked, 70);
+}
+
+}  // namespace

@@ -115,4 +115,21 @@ TEST_F(OpaqueDrawing, BlendingSetFromOutsideIsKept) {
     EXPECT_EQ(middleOfThePicture(), (RGBA{255, 0, 255, 255})) << "red plus blue";
 }
 
+// The quad of a filter that keeps alpha is drawn opaque under an opaque
+// picture; one whose uniform can fade the picture (brightness) stays blended.
+TEST_F(OpaqueDrawing, FilterQuadsAreOpaqueOnlyWhenTheFilterKeepsAlpha) {
+    Stack stack;
+    using Plane = MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>;
+    BgraPicture blue(64, 32, kBlue);
+    for (const char* filter : {"SaturationFilter", "BrightnessFilter"}) {
+        SCOPED_TRACE(filter);
+        LogCapture log;
+        Plane plane("", 64, 32, W, H, 2, filter);
+        plane.setGeometry(MVNRect(100, 50, 64, 32));
+        plane.updateTexture(blue.data(), 64, 32);
+        EXPECT_EQ(middleOfThePicture(), kBlue);
+        EXPECT_EQ(log.countContaining("drawn opaque"), std::string(filter) == "SaturationFilter" ? 1 : 0);
+    }
+}
+
 }  // namespace

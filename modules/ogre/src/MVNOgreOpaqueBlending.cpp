@@ -3,6 +3,7 @@
 #include <Ogre.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "MVNLog.h"
 
@@ -28,17 +29,29 @@ bool namedTextureIsOpaque(const std::string& name) {
     return texture && texture->isLoaded() && !Ogre::PixelUtil::hasAlpha(texture->getFormat());
 }
 
-// 255 in every fourth byte from the fourth on; gives up at the first chunk
-// that has less.
+// 255 in every fourth byte from the fourth on. Two pixels a word and four
+// words a step, all ANDed together, so that it runs at the speed of a copy;
+// it gives up at the first block that has less.
 bool everyAlphaIsOpaque(const uint8_t* bgra, size_t pixels) {
-    const size_t chunk = 1024;
-    for (size_t start = 0; start < pixels; start += chunk) {
-        size_t end = std::min(pixels, start + chunk);
-        uint8_t all = 0xff;
-        for (size_t i = start; i < end; ++i) all &= bgra[i * 4 + 3];
-        if (all != 0xff) return false;
+    const uint64_t alpha = 0xff000000ff000000ull;
+    const size_t words = pixels / 2;
+    size_t i = 0;
+    while (i < words) {
+        const size_t end = std::min(words, i + 2048);
+        uint64_t all = ~uint64_t(0);
+        for (; i + 4 <= end; i += 4) {
+            uint64_t w[4];
+            std::memcpy(w, bgra + i * 8, sizeof w);
+            all &= w[0] & w[1] & w[2] & w[3];
+        }
+        for (; i < end; ++i) {
+            uint64_t w;
+            std::memcpy(&w, bgra + i * 8, sizeof w);
+            all &= w;
+        }
+        if ((all & alpha) != alpha) return false;
     }
-    return true;
+    return pixels % 2 == 0 || bgra[(pixels - 1) * 4 + 3] == 0xff;
 }
 }  // namespace
 

@@ -67,6 +67,23 @@ TEST_F(OpaqueDrawing, UploadedPicturesFollowTheirAlphaFromFrameToFrame) {
     EXPECT_EQ(log.countContaining("drawn opaque"), 2);
 }
 
+// One transparent pixel is enough, wherever it lies: the last of a picture
+// with an odd number of pixels here.
+TEST_F(OpaqueDrawing, TheLastPixelCounts) {
+    LogCapture log;
+    MVNOgreRenderTexture picture("", 63, 31, W, H, 2, "");
+    picture.setGeometry(MVNRect(100, 50, 63, 31));
+    BgraPicture opaque(63, 31, kBlue);
+    BgraPicture lastClear(63, 31, kBlue);
+    lastClear.paint(62, 30, 1, 1, RGBA{0, 0, 255, 0});
+    picture.updateTexture(opaque.data(), 63, 31);
+    picture.updateTexture(lastClear.data(), 63, 31);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(log.countContaining("drawn opaque"), 1);
+    EXPECT_EQ(log.countContaining("drawn blended"), 1);
+}
+
 // A picture file without alpha, found by name in a resource folder, is
 // opaque from its first frame; textures with an alpha channel are blended.
 TEST_F(OpaqueDrawing, NamedTexturesGoByTheirFormat) {

@@ -565,18 +565,23 @@ int FFmpegDecoderImpl::Seek(double time) {
         log_error(kTag, "_SeekX failed, not has video");
         return -1;
     }
+    return _SeekBackward("_SeekX", time + first_video_time_);
+}
+
+int FFmpegDecoderImpl::_SeekBackward(const char* caller, double streamTime) {
     const double tb = av_q2d(video_stream_->time_base);
     const int64_t first = first_video_pts_ == AV_NOPTS_VALUE ? 0 : first_video_pts_;
-    const int64_t target = static_cast<int64_t>((time + first_video_time_) / tb);
+    const int64_t target = static_cast<int64_t>(streamTime / tb);
     const int64_t seekPts = target > first ? target : 0;
     _SetSkipLoopFilter();
     int ret = av_seek_frame(fmt_ctx_, video_stream_idx_, seekPts, AVSEEK_FLAG_BACKWARD);
     if (ret < 0) {
-        log_warn(kTag, "_SeekX av_seek_frame seek_pts:%lld, first_video_pts_:%lld, res=%d",
+        log_warn(kTag, "%s av_seek_frame seek_pts:%lld, first_video_pts_:%lld, res=%d", caller,
                  static_cast<long long>(seekPts), static_cast<long long>(first), ret);
         if (seekPts == 0) {
             ret = av_seek_frame(fmt_ctx_, video_stream_idx_, first, AVSEEK_FLAG_BACKWARD);
-            log_warn(kTag, "_SeekX av_seek_frame first_video_pts_:%lld, res=%d", static_cast<long long>(first), ret);
+            log_warn(kTag, "%s av_seek_frame first_video_pts_:%lld, res=%d", caller, static_cast<long long>(first),
+                     ret);
         }
     }
     _Reset();
@@ -593,23 +598,7 @@ int FFmpegDecoderImpl::_SeekNearKeyFrame(double time) {
         log_error(kTag, "_SeekX failed, not has video");
         return -1;
     }
-    const double tb = av_q2d(video_stream_->time_base);
-    const int64_t first = first_video_pts_ == AV_NOPTS_VALUE ? 0 : first_video_pts_;
-    const int64_t target = static_cast<int64_t>(time / tb);
-    const int64_t seekPts = target > first ? target : 0;
-    _SetSkipLoopFilter();
-    int ret = av_seek_frame(fmt_ctx_, video_stream_idx_, seekPts, AVSEEK_FLAG_BACKWARD);
-    if (ret < 0) {
-        log_warn(kTag, "_SeekNearKeyFrame av_seek_frame seek_pts:%lld, first_video_pts_:%lld, res=%d",
-                 static_cast<long long>(seekPts), static_cast<long long>(first), ret);
-        if (seekPts == 0) {
-            ret = av_seek_frame(fmt_ctx_, video_stream_idx_, first, AVSEEK_FLAG_BACKWARD);
-            log_warn(kTag, "_SeekNearKeyFrame av_seek_frame first_video_pts_:%lld, res=%d",
-                     static_cast<long long>(first), ret);
-        }
-    }
-    _Reset();
-    return ret < 0 ? -1 : 0;
+    return _SeekBackward("_SeekNearKeyFrame", time);
 }
 
 int FFmpegDecoderImpl::_SeekPreKeyFrame(double time) {

@@ -114,6 +114,10 @@ protected:
     // Key frame at or before `time` (seconds of the stream, first timestamp
     // included), for demuxers that land on it.
     int _SeekNearKeyFrame(double time);
+    // Seeks back to the key frame at or before `streamTime` (seconds on the
+    // stream's clock), falling back to the first picture when the demuxer
+    // refuses a seek to 0; warnings name `caller`. 0 or -1.
+    int _SeekBackward(const char* caller, double streamTime);
     // Lands at or before `time` even where the demuxer overshoots.
     int _SeekPreKeyFrame(double time);
     int _SeekAudioByVideo(double time);

@@ -212,6 +212,27 @@ bool StreamScanner::_SeekNearEnd(int stream, double guess) {
     return false;
 }
 
+int64_t StreamScanner::_EndOfStream(int stream, bool stampedOnly, const char* interrupted) {
+    PacketGuard guard;
+    AVPacket* pkt = guard.pkt;
+    int64_t end = AV_NOPTS_VALUE;
+    while (pkt && av_read_frame(d.fmt_ctx_, pkt) >= 0) {
+        if (!d.inited_) {
+            log_error(kTag, "%s", interrupted);
+            av_packet_unref(pkt);
+            break;
+        }
+        if (pkt->stream_index == stream &&
+            (!stampedOnly || pkt->pts != AV_NOPTS_VALUE || pkt->dts != AV_NOPTS_VALUE)) {
+            const int64_t ts = d._GetPts(pkt->pts, pkt->dts) + std::max<int64_t>(pkt->duration, 0);
+            end = end == AV_NOPTS_VALUE ? ts : std::max(end, ts);
+        }
+        av_packet_unref(pkt);
+    }
+    d._Rewind();
+    return end;
+}
+
 int StreamScanner::EstimateVideoDuration(double* duration) {
     log_debug(kTag, "_EstimateVideoDuration");
     if (!d.has_video_) {
@@ -219,22 +240,8 @@ int StreamScanner::EstimateVideoDuration(double* duration) {
         return -1;
     }
     _SeekNearEnd(d.video_stream_idx_, d.duration_);
-    PacketGuard guard;
-    AVPacket* pkt = guard.pkt;
-    int64_t end = AV_NOPTS_VALUE;
-    while (pkt && av_read_frame(d.fmt_ctx_, pkt) >= 0) {
-        if (!d.inited_) {
-            log_error(kTag, "_EstimateVideoDuration, not init before av_read_frame");
-            av_packet_unref(pkt);
-            break;
-        }
-        if (pkt->stream_index == d.video_stream_idx_) {
-            const int64_t ts = d._GetPts(pkt->pts, pkt->dts) + std::max<int64_t>(pkt->duration, 0);
-            end = end == AV_NOPTS_VALUE ? ts : std::max(end, ts);
-        }
-        av_packet_unref(pkt);
-    }
-    d._Rewind();
+    const int64_t end =
+        _EndOfStream(d.video_stream_idx_, false, "_EstimateVideoDuration, not init before av_read_frame");
     if (end == AV_NOPTS_VALUE)
         return -1;
     *duration = end * av_q2d(d.video_stream_->time_base) - d.first_video_time_;
@@ -248,22 +255,9 @@ int StreamScanner::EstimateAudioDuration(double* duration) {
         return -1;
     }
     _SeekNearEnd(d.audio_stream_idx_, d.duration_);
-    PacketGuard guard;
-    AVPacket* pkt = guard.pkt;
-    int64_t end = AV_NOPTS_VALUE;
-    while (pkt && av_read_frame(d.fmt_ctx_, pkt) >= 0) {
-        if (!d.inited_) {
-            log_error(kTag, "_EstimateAudioDuration failed, not init before av_read_frame");
-            av_packet_unref(pkt);
-            break;
-        }
-        if (pkt->stream_index == d.audio_stream_idx_ && (pkt->pts != AV_NOPTS_VALUE || pkt->dts != AV_NOPTS_VALUE)) {
-            const int64_t ts = d._GetPts(pkt->pts, pkt->dts) + std::max<int64_t>(pkt->duration, 0);
-            end = end == AV_NOPTS_VALUE ? ts : std::max(end, ts);
-        }
-        av_packet_unref(pkt);
-    }
-    d._Rewind();
+    // Audio packets without any timestamp say nothing about the end.
+    const int64_t end =
+        _EndOfStream(d.audio_stream_idx_, true, "_EstimateAudioDuration failed, not init before av_read_frame");
     if (end == AV_NOPTS_VALUE)
         return -1;
     *duration = end * av_q2d(d.audio_stream_->time_base) - d.first_video_time_;

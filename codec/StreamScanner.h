@@ -33,6 +33,11 @@ public:
 private:
     // Places the reader near the end of a file whose duration is `guess`
     // seconds (0: unknown) on `stream`; false when it stays at the start.
+    // Reads to the end of the file from where it stands and rewinds: the
+    // latest end (timestamp plus duration) of `stream`'s packets, only those
+    // with a timestamp when `stampedOnly`; AV_NOPTS_VALUE when there was
+    // none. `interrupted` is logged when the decoder is closed meanwhile.
+    int64_t _EndOfStream(int stream, bool stampedOnly, const char* interrupted);
     bool _SeekNearEnd(int stream, double guess);
 
     FFmpegDecoderImpl& d;

@@ -165,6 +165,16 @@ protected:
     class FrameHooks;
     class TechniqueResolver;
 
+    // The scene every context draws: a scene manager named `scene` with the
+    // overlays and the shader generator, a light, and a camera 10000 units
+    // out on z whose view makes one world unit on the plane z = 0 one pixel
+    // of the window. Render thread.
+    void _buildScene(const char* scene, const char* light, const char* camera, Ogre::SceneManager*& sceneManager,
+                     Ogre::Camera*& cameraOut);
+    // Its reverse, viewports of the render window included; both pointers
+    // end null.
+    void _destroyScene(Ogre::SceneManager*& sceneManager, Ogre::Camera*& camera);
+
     Ogre::OverlaySystem* mOverlaySystem = nullptr;
     std::unique_ptr<Ogre::FileSystemLayer> mFSLayer;
     Ogre::Root* mRoot = nullptr;

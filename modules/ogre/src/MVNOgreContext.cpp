@@ -110,26 +110,7 @@ void MVNOgreContext::createScene() {
     log_debug(TAG, "createScene");
     Ogre::RenderWindow* win = getRenderWindow();
     if (win) win->removeAllViewports();
-    mSceneManager = mRoot->createSceneManager("DefaultSceneManager", "MorvaneScene");
-    mSceneManager->addRenderQueueListener(mOverlaySystem);
-    if (mShaderGenerator) mShaderGenerator->addSceneManager(mSceneManager);
-
-    Ogre::SceneNode* lightNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
-    lightNode->attachObject(mSceneManager->createLight("MorvaneLight"));
-    lightNode->setPosition(0, 0, 10000);
-
-    // One world unit on the plane z = 0 is one pixel of the window: the
-    // camera stands 10000 units away and sees exactly half the height up.
-    mCamera = mSceneManager->createCamera("MorvaneCamera");
-    mCamera->setNearClipDistance(5);
-    mCamera->setFarClipDistance(10000);
-    mCamera->setAutoAspectRatio(true);
-    double halfHeight = mHeight / 2;
-    mCamera->setFOVy(Ogre::Radian(static_cast<float>(2 * std::atan(halfHeight / 10000))));
-    Ogre::SceneNode* camNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
-    camNode->attachObject(mCamera);
-    camNode->setPosition(0, 0, 10000);
-    camNode->lookAt(Ogre::Vector3(0, 0, -1), Ogre::Node::TS_PARENT);
+    _buildScene("MorvaneScene", "MorvaneLight", "MorvaneCamera", mSceneManager, mCamera);
 
     if (win) {
         Ogre::Viewport* vp = win->addViewport(mCamera, 0, 0, 0, 1, 1);
@@ -141,15 +122,7 @@ void MVNOgreContext::createScene() {
     log_debug(TAG, "createScene done ");
 }
 
-void MVNOgreContext::destroyScene() {
-    if (!mSceneManager) return;
-    if (mShaderGenerator) mShaderGenerator->removeSceneManager(mSceneManager);
-    mSceneManager->removeRenderQueueListener(mOverlaySystem);
-    if (getRenderWindow()) getRenderWindow()->removeAllViewports();
-    mRoot->destroySceneManager(mSceneManager);
-    mSceneManager = nullptr;
-    mCamera = nullptr;
-}
+void MVNOgreContext::destroyScene() { _destroyScene(mSceneManager, mCamera); }
 
 void MVNOgreContext::shutdown() {
     if (mRenderReader) {

@@ -14,6 +14,7 @@
 
 #include <dlfcn.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -610,6 +611,39 @@ void MVNOgreContextBase::destroyDummyScene() {
 
 std::string MVNOgreContextBase::getDefaultMediaDir() {
     return Ogre::FileSystemLayer::resolveBundlePath("./Media");
+}
+
+void MVNOgreContextBase::_buildScene(const char* scene, const char* light, const char* camera,
+                                      Ogre::SceneManager*& sceneManager, Ogre::Camera*& cameraOut) {
+    sceneManager = mRoot->createSceneManager("DefaultSceneManager", scene);
+    sceneManager->addRenderQueueListener(mOverlaySystem);
+    if (mShaderGenerator) mShaderGenerator->addSceneManager(sceneManager);
+
+    Ogre::SceneNode* lightNode = sceneManager->getRootSceneNode()->createChildSceneNode();
+    lightNode->attachObject(sceneManager->createLight(light));
+    lightNode->setPosition(0, 0, 10000);
+
+    // The camera stands 10000 units away and sees exactly half the height up.
+    cameraOut = sceneManager->createCamera(camera);
+    cameraOut->setNearClipDistance(5);
+    cameraOut->setFarClipDistance(10000);
+    cameraOut->setAutoAspectRatio(true);
+    double halfHeight = mHeight / 2;
+    cameraOut->setFOVy(Ogre::Radian(static_cast<float>(2 * std::atan(halfHeight / 10000))));
+    Ogre::SceneNode* camNode = sceneManager->getRootSceneNode()->createChildSceneNode();
+    camNode->attachObject(cameraOut);
+    camNode->setPosition(0, 0, 10000);
+    camNode->lookAt(Ogre::Vector3(0, 0, -1), Ogre::Node::TS_PARENT);
+}
+
+void MVNOgreContextBase::_destroyScene(Ogre::SceneManager*& sceneManager, Ogre::Camera*& camera) {
+    if (!sceneManager) return;
+    if (mShaderGenerator) mShaderGenerator->removeSceneManager(sceneManager);
+    sceneManager->removeRenderQueueListener(mOverlaySystem);
+    if (getRenderWindow()) getRenderWindow()->removeAllViewports();
+    mRoot->destroySceneManager(sceneManager);
+    sceneManager = nullptr;
+    camera = nullptr;
 }
 
 }  // namespace Morvane

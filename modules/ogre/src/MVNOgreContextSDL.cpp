@@ -132,23 +132,7 @@ NativeWindowPair MVNOgreContextSDL::createWindow(const char* name, int width, in
 }
 
 void MVNOgreContextSDL::createScene() {
-    mSceneManager = mRoot->createSceneManager("DefaultSceneManager", "SDLScene");
-    mSceneManager->addRenderQueueListener(mOverlaySystem);
-    if (mShaderGenerator) mShaderGenerator->addSceneManager(mSceneManager);
-    Ogre::SceneNode* lightNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
-    lightNode->attachObject(mSceneManager->createLight("SDLMainLight"));
-    lightNode->setPosition(0, 0, 10000);
-    // Same camera as the hidden context: one world unit is one pixel on z = 0.
-    mCamera = mSceneManager->createCamera("SDLCamera");
-    mCamera->setNearClipDistance(5);
-    mCamera->setAutoAspectRatio(true);
-    double halfHeight = mHeight / 2;
-    mCamera->setFOVy(Ogre::Radian(static_cast<float>(2 * std::atan(halfHeight / 10000))));
-    mCamera->setFarClipDistance(10000);
-    Ogre::SceneNode* camNode = mSceneManager->getRootSceneNode()->createChildSceneNode();
-    camNode->attachObject(mCamera);
-    camNode->setPosition(0, 0, 10000);
-    camNode->lookAt(Ogre::Vector3(0, 0, -1), Ogre::Node::TS_PARENT);
+    _buildScene("SDLScene", "SDLMainLight", "SDLCamera", mSceneManager, mCamera);
     if (Ogre::RenderWindow* win = getRenderWindow()) {
         Ogre::Viewport* vp = win->addViewport(mCamera, 0, 0, 0, 1, 1);
         vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
@@ -156,15 +140,7 @@ void MVNOgreContextSDL::createScene() {
     }
 }
 
-void MVNOgreContextSDL::destroyScene() {
-    if (!mSceneManager) return;
-    if (mShaderGenerator) mShaderGenerator->removeSceneManager(mSceneManager);
-    mSceneManager->removeRenderQueueListener(mOverlaySystem);
-    if (getRenderWindow()) getRenderWindow()->removeAllViewports();
-    mRoot->destroySceneManager(mSceneManager);
-    mSceneManager = nullptr;
-    mCamera = nullptr;
-}
+void MVNOgreContextSDL::destroyScene() { _destroyScene(mSceneManager, mCamera); }
 
 void MVNOgreContextSDL::shutdown() {
     destroyScene();

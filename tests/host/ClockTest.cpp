@@ -46,46 +46,29 @@ TEST(Clock, SetTimestampMovesTheValueAndKeepsRunningState) {
     clock.setTimestamp(100);
     EXPECT_TRUE(clock.isRunning());
     EXPECT_GE(clock.GetTimestamp(), 100);
-    MVNClock copy = clock;
-    EXPECT_GE(copy.GetTimestamp(), 100);
 }
 
-struct Truncation {
-    double speed;
-    int64_t base;
-    int64_t expected;
-};
-
-class SpeedClockValue : public ::testing::TestWithParam<Truncation> {};
-
-TEST_P(SpeedClockValue, IsBaseTimesSpeedTruncatedTowardZero) {
-    MVNSpeedClock clock(GetParam().speed);
-    clock.setTimestamp(GetParam().base);
-    EXPECT_EQ(GetParam().expected, clock.GetTimestamp());
+TEST(SpeedClock, IsBaseTimesSpeedTruncatedTowardZero) {
+    const struct {
+        double speed;
+        int64_t base, expected;
+    } cases[] = {{0.5, 7, 3}, {0.5, -7, -3}, {1.5, 3, 4}, {0.3, 10, 3}, {0.0, 999, 0}};
+    for (const auto& c : cases) {
+        MVNSpeedClock clock(c.speed);
+        clock.setTimestamp(c.base);
+        EXPECT_EQ(c.expected, clock.GetTimestamp()) << c.speed << " x " << c.base;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, SpeedClockValue,
-                         ::testing::Values(Truncation{0.5, 7, 3}, Truncation{0.5, 1, 0}, Truncation{0.5, -7, -3},
-                                           Truncation{0.5, 1000, 500}, Truncation{2.0, 1000, 2000},
-                                           Truncation{1.5, 3, 4}, Truncation{0.3, 10, 3}, Truncation{0.0, 999, 0}));
-
-struct Choice {
-    double speed;
-    bool speedClock;
-};
-
-class VideoClockChoice : public ::testing::TestWithParam<Choice> {};
-
-TEST_P(VideoClockChoice, PlainClockOnlyWithinFloatEpsilonOfOne) {
-    MVNVideoClock clock(0, GetParam().speed);
-    ASSERT_NE(nullptr, clock.clock());
-    EXPECT_EQ(GetParam().speedClock, dynamic_cast<MVNSpeedClock*>(clock.clock()) != nullptr) << GetParam().speed;
+// The plain clock is used only within float epsilon of speed 1.
+TEST(VideoClock, PlainClockOnlyWithinFloatEpsilonOfOne) {
+    for (auto c : {std::pair<double, bool>{1.0, false}, {1.0 + 1e-8, false}, {1.0 - 1e-7, false}, {1.0 + 2e-7, true},
+                   {0.5, true}}) {
+        MVNVideoClock clock(0, c.first);
+        ASSERT_NE(nullptr, clock.clock());
+        EXPECT_EQ(c.second, dynamic_cast<MVNSpeedClock*>(clock.clock()) != nullptr) << c.first;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Speeds, VideoClockChoice,
-                         ::testing::Values(Choice{1.0, false}, Choice{1.0 + 1e-8, false}, Choice{1.0 - 1e-7, false},
-                                           Choice{1.0 + 2e-7, true}, Choice{2.0, true}, Choice{0.5, true},
-                                           Choice{-1.0, true}));
 
 TEST(VideoClock, CountsFromItsStartAtItsSpeed) {
     MVNVideoClock doubled(1000, 2.0);
@@ -100,22 +83,15 @@ TEST(VideoClock, CountsFromItsStartAtItsSpeed) {
 
 // ---- Rate calculators -----------------------------------------------------
 
-TEST(FpsCalc, MeanOfSteadyFramesIsTheirRate) {
-    MVNFpsCalc fps(30);
-    EXPECT_FLOAT_EQ(0, fps.getMeanFPS());
+TEST(FpsCalc, MeanOfTheFramesInTheWindowIsTheirRate) {
+    MVNFpsCalc fps(10);
     EXPECT_STREQ("fps:0.00", fps.getString());
     fps.addFrame(1000);
     EXPECT_FLOAT_EQ(0, fps.getMeanFPS());  // one frame has no interval
-    for (int i = 1; i < 10; ++i) fps.addFrame(1000 + i * 40);
-    EXPECT_FLOAT_EQ(25, fps.getMeanFPS());
+    int64_t t = 1000;
+    for (int i = 0; i < 20; ++i) fps.addFrame(t += 40);
     EXPECT_STREQ("fps:25.00", fps.getString());
-}
-
-TEST(FpsCalc, WindowForgetsFramesOlderThanItsLength) {
-    MVNFpsCalc fps(10);
-    int64_t t = 0;
-    for (int i = 0; i < 20; ++i) fps.addFrame(t += 100);  // 10 fps
-    for (int i = 0; i < 10; ++i) fps.addFrame(t += 20);   // 50 fps
+    for (int i = 0; i < 10; ++i) fps.addFrame(t += 20);
     // The window holds the last ten frames: nine intervals of 20 ms.
     EXPECT_FLOAT_EQ(50, fps.getMeanFPS());
     fps.reset();
@@ -150,22 +126,14 @@ TEST(SpeedCalc, SpeedIsMediaOverWallTimeAndRealIsTheLastStep) {
     calc.tick(0, 1000);
     calc.tick(80, 1040);
     calc.tick(160, 1080);
+    calc.tick(300, 1080);  // no wall time passed: ignored
     EXPECT_FLOAT_EQ(2, calc.getSpeed());
-    EXPECT_FLOAT_EQ(2, calc.getSpeedReal());
     calc.tick(200, 1120);
     EXPECT_FLOAT_EQ(200.0f / 120.0f, calc.getSpeed());
     EXPECT_FLOAT_EQ(1, calc.getSpeedReal());
     EXPECT_EQ("speed:1.67 real:1.00", calc.toString());
-}
-
-TEST(SpeedCalc, SeekBackRestartsAndStalledWallClockIsIgnored) {
-    MVNSpeedCalc calc;
-    calc.tick(0, 0);
-    calc.tick(100, 100);
-    calc.tick(300, 100);  // no wall time passed: ignored
-    EXPECT_FLOAT_EQ(1, calc.getSpeed());
-    calc.tick(50, 200);  // seek back
-    calc.tick(75, 300);
+    calc.tick(50, 1200);  // a seek back starts over
+    calc.tick(75, 1300);
     EXPECT_FLOAT_EQ(0.25f, calc.getSpeed());
 }
 

@@ -61,24 +61,18 @@ TEST(AutoLock, GuardsACounterAcrossEightThreads) {
     }
 }
 
-TEST(Condition11, TimedWaitWithoutSignalReturnsAfterAboutItsBound) {
+TEST(Condition11, TimedWaitEndsAtItsBoundOrLongBeforeOnASignal) {
     Condition11 cond;
     auto begin = Clock::now();
     cond.timedWait(10);
-    const int64_t ms = msSince(begin);
-    EXPECT_GE(ms, 9);
-    EXPECT_LE(ms, 1000);
-}
-
-TEST(Condition11, SignalWakesAWaiterLongBeforeItsBound) {
-    Condition11 cond;
+    EXPECT_GE(msSince(begin), 9);
     std::atomic<bool> woke{false};
     std::thread waiter([&] {
         cond.timedWait(10000);
         woke = true;
     });
     // A signal sent before the waiter waits is lost, so keep signalling.
-    auto begin = Clock::now();
+    begin = Clock::now();
     while (!woke && msSince(begin) < 8000) {
         cond.signal_all();
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -131,22 +125,19 @@ public:
     std::atomic<bool> ran{false};
 };
 
-TEST(Thread, RunsRunAndJoinsOnce) {
+TEST(Thread, RunsRunAndJoinsOnceButADetachedOneNever) {
     Recorder t;
     ASSERT_EQ(0, t.start());
     EXPECT_EQ(0, t.join());
     EXPECT_TRUE(t.ran);
     EXPECT_EQ(-1, t.join());
-}
-
-TEST(Thread, DetachedThreadCannotBeJoined) {
-    Recorder t;
-    t.enableAttach(false);
-    ASSERT_EQ(0, t.start());
-    EXPECT_EQ(-1, t.join());
+    Recorder detached;
+    detached.enableAttach(false);
+    ASSERT_EQ(0, detached.start());
+    EXPECT_EQ(-1, detached.join());
     auto begin = Clock::now();
-    while (!t.ran && msSince(begin) < 5000) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_TRUE(t.ran);
+    while (!detached.ran && msSince(begin) < 5000) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(detached.ran);
 }
 
 }  // namespace

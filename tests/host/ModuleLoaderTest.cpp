@@ -37,7 +37,7 @@ private:
 };
 }  // namespace
 
-TEST(ModuleLoader, MissingFileIsRefusedWithItsPath) {
+TEST(ModuleLoader, MissingOrNonElfFileIsRefusedWithItsPathAndReason) {
     LogCapture log;
     EXPECT_EQ(loadModule("/nonexistent/libNothing.so"), -1);
     EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "load module failed, file not found:/nonexistent/libNothing.so"));
@@ -46,18 +46,12 @@ TEST(ModuleLoader, MissingFileIsRefusedWithItsPath) {
     std::filesystem::create_directories("adir.so");
     EXPECT_EQ(loadModule("adir.so"), -1);
     EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "load module failed, file not found:adir.so"));
-}
-
-TEST(ModuleLoader, FileThatIsNoSharedObjectGivesTheLoadersReason) {
-    {
-        std::ofstream out("fake.so");
-        out << std::string(256, 'x');
-    }
-    LogCapture log;
+    std::ofstream("fake.so") << std::string(256, 'x');
+    LogCapture elf;
     EXPECT_EQ(loadModule("./fake.so"), -1);
-    ASSERT_EQ(log.countContaining("load module failed, "), 1);
-    EXPECT_EQ(log.countContaining("fake.so"), 1) << "the loader's text names the file";
-    EXPECT_EQ(log.countContaining("invalid ELF header"), 1);
+    ASSERT_EQ(elf.countContaining("load module failed, "), 1);
+    EXPECT_EQ(elf.countContaining("fake.so"), 1) << "the loader's text names the file";
+    EXPECT_EQ(elf.countContaining("invalid ELF header"), 1);
 }
 
 TEST(ModuleLoader, SharedObjectWithoutInstallFunctionIsRefused) {

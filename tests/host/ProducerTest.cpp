@@ -141,13 +141,9 @@ TEST_F(ProducerChain, GeometryAnimationAndRotationReachTheFilters) {
 
 TEST(Producer, TimingLivesInProperties) {
     FakeProducer p{MVNProfile("hd_720_25p")};
-    EXPECT_EQ(p.getPlaytime(), 0);
     p.setLength(100);
     EXPECT_EQ(p.getOut(), 99) << "out follows the length until it is set";
-    EXPECT_EQ(p.getPlaytime(), 100);
     p.setInAndOut(10, 19);
-    EXPECT_EQ(p.getIn(), 10);
-    EXPECT_EQ(p.getInt32("out", 0), 19);
     EXPECT_EQ(p.getPlaytime(), 10);
     p.setOut(5);
     EXPECT_EQ(p.getPlaytime(), 0) << "never negative";
@@ -155,9 +151,6 @@ TEST(Producer, TimingLivesInProperties) {
     EXPECT_TRUE(p.getGeometry().equals(MVNRect(0, 0, 1280, 720)));
     p.setDefaultGeometryPIP();
     EXPECT_TRUE(p.getGeometry().equals(MVNRect(576, 324, 640, 360)));
-    EXPECT_EQ(p.getRotation(), 0);
-    p.setActive(false, false, 0, 0);
-    EXPECT_FALSE(p.getBoolean("_active", true));
 }
 
 // The producer's render texture, built through the registered
@@ -223,33 +216,25 @@ TEST_F(ProducerTexture, PixelsAreUploadedAndAHiddenNodeComesBackOnTheNextFrame) 
 TEST_F(ProducerTexture, AFilteredClipHidesItsOwnQuadUntilTheFiltersGo) {
     producer->_createTextureNode("", false);
     StampFilter filter(profile, 1);
-    ASSERT_EQ(producer->attach(&filter), 0);
-    calls.clear();
-    MVNFrame* frame = nullptr;
-    ASSERT_EQ(producer->getImage(5, &frame), 0);
-    MVNFrame::pushBackPool(frame);
-    ASSERT_EQ(producer->getImage(6, &frame), 0);
-    MVNFrame::pushBackPool(frame);
-    EXPECT_EQ(calls, (std::vector<std::string>{"hidden"})) << "the filter draws the picture; no upload, no second quad";
-    calls.clear();
-    ASSERT_EQ(producer->detach(&filter), 0);
-    ASSERT_EQ(producer->getImage(7, &frame), 0);
-    MVNFrame::pushBackPool(frame);
-    EXPECT_EQ(calls, (std::vector<std::string>{"visible", "upload 4x2 first 7"}));
-}
-
-TEST_F(ProducerTexture, AFilterThatCannotDrawLeavesTheClipDrawn) {
     struct BrokenFilter : StampFilter {
         using StampFilter::StampFilter;
         bool drawsPicture() override { return false; }
-    } filter(profile, 1);
-    producer->_createTextureNode("", false);
+    } broken(profile, 2);
     ASSERT_EQ(producer->attach(&filter), 0);
     calls.clear();
     MVNFrame* frame = nullptr;
-    ASSERT_EQ(producer->getImage(5, &frame), 0);
+    for (int position : {5, 6}) {
+        ASSERT_EQ(producer->getImage(position, &frame), 0);
+        MVNFrame::pushBackPool(frame);
+    }
+    EXPECT_EQ(calls, (std::vector<std::string>{"hidden"})) << "the filter draws the picture; no upload, no second quad";
+    calls.clear();
+    ASSERT_EQ(producer->detach(&filter), 0);
+    ASSERT_EQ(producer->attach(&broken), 0);
+    ASSERT_EQ(producer->getImage(7, &frame), 0);
     MVNFrame::pushBackPool(frame);
-    EXPECT_EQ(calls, (std::vector<std::string>{"upload 4x2 first 7"}));
+    EXPECT_EQ(calls, (std::vector<std::string>{"visible", "upload 4x2 first 7"}))
+        << "a filter that cannot draw leaves the clip drawn";
 }
 
 // A producer that tells what its picture is ("mark") isn't uploaded the same
@@ -326,8 +311,6 @@ TEST(Transition, DrivesBothClipsAtTheirOffsetsThenProcessImage) {
     EXPECT_EQ(t.connect(&a, &a), -1);
     ASSERT_EQ(t.connect(&a, &b, 100, 0), 0);
     EXPECT_EQ(t.connects, 1);
-    EXPECT_EQ(t.producerA(), &a);
-    EXPECT_EQ(t.producerB(), &b);
     StampFilter onA(profile, 4);
     a.attach(&onA);
     MVNFrame* frame = nullptr;
@@ -379,7 +362,6 @@ TEST(Group, ConnectsARegisteredProducerAsItsTimeline) {
     std::string id = MVNFactory::getSingleton()->addService(child);
     ASSERT_EQ(group->connect(id), 0);
     EXPECT_EQ(group->producer(), child);
-    EXPECT_EQ(group->producerId(), id);
     EXPECT_EQ(group->connected, 1);
     destroyService(id);
     EXPECT_EQ(group->producer(), nullptr) << "a destroyed timeline is disconnected first";

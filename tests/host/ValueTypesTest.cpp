@@ -2,7 +2,6 @@
 // and project files, so the exact texts and refusals are the format.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <set>
 #include <string>
 #include <thread>
@@ -43,69 +42,36 @@ INSTANTIATE_TEST_SUITE_P(
     Texts, RectFromString,
     ::testing::Values(RectParse{"[1:2 3x4]", true, {1, 2, 3, 4}},
                       RectParse{"[-1.5:2.25 640x360]", true, {-1.5f, 2.25f, 640, 360}},
-                      RectParse{"[1.000000:2.000000 3.000000x4.000000]", true, {1, 2, 3, 4}},
                       // A short scan is accepted; what it did not find is 0.
                       // A width of 0 before the 'x' is not a hexadecimal number.
                       RectParse{"[1:2 0x360]", true, {1, 2, 0, 360}},
-                      RectParse{"[1:2]", true, {1, 2, 0, 0}}, RectParse{"[", true, {0, 0, 0, 0}},
-                      RectParse{"[abc]", true, {0, 0, 0, 0}},
+                      RectParse{"[1:2]", true, {1, 2, 0, 0}}, RectParse{"[abc]", true, {0, 0, 0, 0}},
                       RectParse{"1:2 3x4]", false, {9, 9, 9, 9}}, RectParse{"", false, {9, 9, 9, 9}},
                       RectParse{" [1:2 3x4]", false, {9, 9, 9, 9}}));
 
-TEST(Rect, ToStringHasSixDecimals) {
-    EXPECT_EQ("[1.000000:2.000000 3.000000x4.000000]", MVNRect(1, 2, 3, 4).toString());
+TEST(Rect, ToStringHasSixDecimalsAndReadsBack) {
     EXPECT_EQ("[-0.500000:0.000000 1920.000000x1080.000000]", MVNRect(-0.5f, 0, 1920, 1080).toString());
-}
-
-TEST(Rect, StringRoundTripKeepsValue) {
     MVNRect r(12.5f, -3.25f, 100.75f, 0.125f);
     EXPECT_TRUE(MVNRect::strToRect(r.toString()).equals(r));
 }
 
-// ---- MVNPoint and MVNSize string forms ------------------------------------
-
-struct PairParse {
-    const char* text;
-    bool accepted;
-    float a, b;  // value after the call; a refusal keeps (9, 9)
-};
-
-class PointFromString : public ::testing::TestWithParam<PairParse> {};
-
-TEST_P(PointFromString, ReadsFieldsOrRefusesAndKeepsValue) {
-    const PairParse& p = GetParam();
+// Points and sizes follow the rectangle's rules: a short scan leaves 0, a
+// refusal keeps the value, and "0x" before a number is no hexadecimal prefix.
+TEST(PointAndSize, ReadTheirBracketFormOrRefuseAndKeepTheValue) {
     MVNPoint pt(9, 9);
-    EXPECT_EQ(p.accepted, pt.fromString(p.text)) << p.text;
-    EXPECT_FLOAT_EQ(p.a, pt.x) << p.text;
-    EXPECT_FLOAT_EQ(p.b, pt.y) << p.text;
-    MVNPoint byStatic = MVNPoint::strToPoint(p.text);
-    EXPECT_TRUE(byStatic.equals(p.accepted ? MVNPoint(p.a, p.b) : MVNPoint())) << p.text;
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, PointFromString,
-                         ::testing::Values(PairParse{"[1:2]", true, 1, 2}, PairParse{"[-3.5:0.25]", true, -3.5f, 0.25f},
-                                           PairParse{"[7]", true, 7, 0}, PairParse{"[", true, 0, 0},
-                                           PairParse{"1:2]", false, 9, 9}, PairParse{"", false, 9, 9}));
-
-class SizeFromString : public ::testing::TestWithParam<PairParse> {};
-
-TEST_P(SizeFromString, ReadsFieldsOrRefusesAndKeepsValue) {
-    const PairParse& p = GetParam();
-    MVNSize s(9, 9);
-    EXPECT_EQ(p.accepted, s.fromString(p.text)) << p.text;
-    EXPECT_FLOAT_EQ(p.a, s.width) << p.text;
-    EXPECT_FLOAT_EQ(p.b, s.height) << p.text;
-    MVNSize byStatic = MVNSize::strToSize(p.text);
-    EXPECT_TRUE(byStatic.equals(p.accepted ? MVNSize(p.a, p.b) : MVNSize())) << p.text;
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, SizeFromString,
-                         ::testing::Values(PairParse{"[1920x1080]", true, 1920, 1080}, PairParse{"[0.5x2]", true, 0.5f, 2},
-                                           PairParse{"[0x100]", true, 0, 100},
-                                           PairParse{"[640]", true, 640, 0}, PairParse{"1920x1080", false, 9, 9},
-                                           PairParse{"", false, 9, 9}));
-
-TEST(PointAndSize, ToStringHasSixDecimals) {
+    EXPECT_TRUE(pt.fromString("[-3.5:0.25]"));
+    EXPECT_TRUE(pt.equals(MVNPoint(-3.5f, 0.25f)));
+    EXPECT_TRUE(pt.fromString("[7]"));
+    EXPECT_TRUE(pt.equals(MVNPoint(7, 0)));
+    EXPECT_FALSE(pt.fromString("1:2]"));
+    EXPECT_TRUE(pt.equals(MVNPoint(7, 0)));
+    EXPECT_TRUE(MVNPoint::strToPoint("").equals(MVNPoint()));
+    MVNSize sz(9, 9);
+    EXPECT_TRUE(sz.fromString("[0x100]"));
+    EXPECT_TRUE(sz.equals(MVNSize(0, 100)));
+    EXPECT_FALSE(sz.fromString("1920x1080"));
+    EXPECT_TRUE(sz.equals(MVNSize(0, 100)));
+    EXPECT_TRUE(MVNSize::strToSize("[0.5x2]").equals(MVNSize(0.5f, 2)));
     EXPECT_EQ("[1.000000:-2.500000]", MVNPoint(1, -2.5f).toString());
     EXPECT_EQ("[1920.000000x1080.000000]", MVNSize(1920, 1080).toString());
 }
@@ -130,31 +96,15 @@ TEST_P(ColorFromString, ReadsFourHexPairsOrRefusesAndKeepsValue) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ColorFromString,
-    ::testing::Values(ColorParse{"#ff000080", true, {255, 0, 0, 128}}, ColorParse{"#00ff00ff", true, {0, 255, 0, 255}},
-                      ColorParse{"#0A0b0C0d", true, {10, 11, 12, 13}}, ColorParse{"#00000000", true, {0, 0, 0, 0}},
+    ::testing::Values(ColorParse{"#ff000080", true, {255, 0, 0, 128}}, ColorParse{"#0A0b0C0d", true, {10, 11, 12, 13}},
                       // Six digits without alpha are refused, not read as opaque.
-                      ColorParse{"#ff0000", false, {1, 2, 3, 4}}, ColorParse{"#ff00008", false, {1, 2, 3, 4}},
-                      ColorParse{"#ff0000800", false, {1, 2, 3, 4}}, ColorParse{"ff0000800", false, {1, 2, 3, 4}},
+                      ColorParse{"#ff0000", false, {1, 2, 3, 4}}, ColorParse{"#ff0000800", false, {1, 2, 3, 4}},
                       ColorParse{"#gg000080", false, {1, 2, 3, 4}}, ColorParse{"", false, {1, 2, 3, 4}}));
 
-TEST(Color4B, DefaultAlphaIsOneNot255) {
-    MVNColor4B c;
-    EXPECT_EQ(0, c.r);
-    EXPECT_EQ(0, c.g);
-    EXPECT_EQ(0, c.b);
-    EXPECT_EQ(1, c.a);
-}
-
-TEST(Color4B, ToStringIsLowerHexInRgbaOrder) {
-    EXPECT_EQ("#ff000080", MVNColor4B(255, 0, 0, 128).toString());
+TEST(Color4B, ToStringIsLowerHexInRgbaOrderAndTheDefaultAlphaIsOne) {
     EXPECT_EQ("#0a0b0c0d", MVNColor4B(10, 11, 12, 13).toString());
+    EXPECT_EQ("#00000001", MVNColor4B().toString()) << "the default alpha is 1, not 255";
     EXPECT_EQ(MVNColor4B(1, 2, 254, 255), MVNColor4B(MVNColor4B(1, 2, 254, 255).toString()));
-}
-
-TEST(Color4B, EqualityComparesAllFourBytes) {
-    EXPECT_EQ(MVNColor4B(1, 2, 3, 4), MVNColor4B(1, 2, 3, 4));
-    EXPECT_NE(MVNColor4B(1, 2, 3, 4), MVNColor4B(1, 2, 3, 5));
-    EXPECT_NE(MVNColor4B(1, 2, 3, 4), MVNColor4B(0, 2, 3, 4));
 }
 
 // ---- MVNRect geometry -----------------------------------------------------
@@ -163,10 +113,8 @@ TEST(Rect, ContainsIsInclusiveOnAllSides) {
     MVNRect r(10, 20, 30, 40);
     EXPECT_TRUE(r.containsPoint(10, 20));
     EXPECT_TRUE(r.containsPoint(40, 60));
-    EXPECT_TRUE(r.containsPoint(MVNPoint(25, 60)));
     EXPECT_FALSE(r.containsPoint(9.99f, 30));
     EXPECT_FALSE(r.containsPoint(25, 60.01f));
-    EXPECT_TRUE(r.containsRect(r));
     EXPECT_TRUE(r.containsRect(MVNRect(10, 20, 1, 40)));
     EXPECT_FALSE(r.containsRect(MVNRect(10, 20, 31, 40)));
 }
@@ -175,7 +123,6 @@ TEST(Rect, TouchingRectanglesIntersect) {
     MVNRect r(0, 0, 10, 10);
     EXPECT_TRUE(r.intersectsRect(MVNRect(10, 0, 5, 5)));   // shares the right edge
     EXPECT_TRUE(r.intersectsRect(MVNRect(-5, 10, 5, 5)));  // shares one corner
-    EXPECT_TRUE(r.intersectsRect(MVNRect(2, 2, 1, 1)));
     EXPECT_FALSE(r.intersectsRect(MVNRect(10.5f, 0, 5, 5)));
     EXPECT_FALSE(r.intersectsRect(MVNRect(0, -6, 5, 5)));
 }
@@ -184,8 +131,6 @@ TEST(Rect, BottomIsYBecauseRectanglesGrowUpward) {
     MVNRect r(1, 2, 3, 4);
     EXPECT_FLOAT_EQ(2, r.bottom());
     EXPECT_FLOAT_EQ(6, r.getMaxY());
-    EXPECT_FLOAT_EQ(2.5f, r.getMidX());
-    EXPECT_FLOAT_EQ(4, r.getMidY());
     EXPECT_TRUE(r.center().equals(MVNPoint(2.5f, 4)));
 }
 
@@ -222,21 +167,6 @@ TEST(Point, NormalizeOfZeroIsUnitX) {
     EXPECT_FLOAT_EQ(5, MVNPoint(3, 4).getLength());
 }
 
-TEST(Point, AngleIsAtan2OfYAndX) {
-    EXPECT_FLOAT_EQ(static_cast<float>(M_PI / 2), MVNPoint(0, 1).getAngle());
-    EXPECT_FLOAT_EQ(static_cast<float>(M_PI), MVNPoint(-1, 0).getAngle());
-    EXPECT_FLOAT_EQ(static_cast<float>(-M_PI / 4), MVNPoint(1, -1).getAngle());
-}
-
-TEST(Point, OperatorsWorkComponentWise) {
-    MVNPoint a(1, 2), b(3, -4);
-    EXPECT_TRUE((a + b).equals(MVNPoint(4, -2)));
-    EXPECT_TRUE((a - b).equals(MVNPoint(-2, 6)));
-    EXPECT_TRUE((-a).equals(MVNPoint(-1, -2)));
-    EXPECT_TRUE((a * 2.5f).equals(MVNPoint(2.5f, 5)));
-    EXPECT_TRUE((b / 2).equals(MVNPoint(1.5f, -2)));
-}
-
 // ---- Ids ------------------------------------------------------------------
 
 TEST(Base, EachObjectGetsADistinctIdAndCopiesKeepIt) {
@@ -246,8 +176,6 @@ TEST(Base, EachObjectGetsADistinctIdAndCopiesKeepIt) {
     EXPECT_NE(0u, a.id());
     MVNByteBuffer c(a);
     EXPECT_EQ(a.id(), c.id());
-    EXPECT_EQ(4, c.size());
-    ASSERT_NE(nullptr, c.ptr());
     EXPECT_NE(a.ptr(), c.ptr());
     EXPECT_EQ(7, c.ptr()[3]);
     b = a;
@@ -256,8 +184,6 @@ TEST(Base, EachObjectGetsADistinctIdAndCopiesKeepIt) {
 
 TEST(ByteBuffer, ResizeNeverShrinksStorageAndRefusesNegative) {
     MVNByteBuffer buf(100, 0xAB);
-    EXPECT_TRUE(buf.good());
-    EXPECT_EQ(100, buf.size());
     EXPECT_EQ(0, buf.resize(10));
     EXPECT_EQ(10, buf.size());
     EXPECT_EQ(100, buf.bufferSize());

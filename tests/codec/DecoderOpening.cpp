@@ -67,50 +67,35 @@ TEST_P(DecoderOpening, TellsTheStreamsOfTheFile) {
 INSTANTIATE_TEST_SUITE_P(
     Files, DecoderOpening,
     ::testing::Values(OpenCase{"gop12.mp4", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
-                      OpenCase{"single_key.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
                       OpenCase{"bframes.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
                       OpenCase{"gop12.ts", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
                       OpenCase{"noindex.mkv", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
-                      OpenCase{"vfr.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
                       OpenCase{"anamorphic.mp4", true, false, 64, 48, 64, 36, 25, 0, 0, 0, 1.0},
                       // A display matrix turning -90 degrees (counter-clockwise) asks to
                       // show the picture turned 90 degrees clockwise, and +90 gives 270.
                       OpenCase{"matrix_minus90.mp4", true, false, 64, 48, 64, 48, 25, 90, 0, 0, 3.0},
                       OpenCase{"matrix_plus90.mp4", true, false, 64, 48, 64, 48, 25, 270, 0, 0, 3.0},
                       OpenCase{"rotated_tag.mkv", true, false, 64, 48, 64, 48, 25, 90, 0, 0, 3.0},
-                      OpenCase{"sizechange.ts", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 4.0},
                       OpenCase{"tone_mono.mp3", false, true, 0, 0, 0, 0, 0, 0, 1, 44100, 2.0},
-                      OpenCase{"tone_s16.wav", false, true, 0, 0, 0, 0, 0, 0, 2, 48000, 2.0},
                       OpenCase{"tone_6ch.m4a", false, true, 0, 0, 0, 0, 0, 0, 6, 48000, 2.0},
-                      OpenCase{"tone.ogg", false, true, 0, 0, 0, 0, 0, 0, 2, 44100, 2.0},
-                      OpenCase{"cover.mp3", false, true, 0, 0, 0, 0, 0, 0, 1, 44100, 2.0}),
-    [](const ::testing::TestParamInfo<OpenCase>& info) {
-        std::string name = info.param.file;
-        for (char& ch : name)
-            if (!isalnum(static_cast<unsigned char>(ch)))
-                ch = '_';
-        return name;
-    });
+                      OpenCase{"tone.ogg", false, true, 0, 0, 0, 0, 0, 0, 2, 44100, 2.0}),
+    [](const ::testing::TestParamInfo<OpenCase>& info) { return CodecTest::TestName(info.param.file); });
 
-TEST(DecoderOpeningFailures, ANonMediaFileIsRefusedWithItsPath) {
+TEST(DecoderOpeningFailures, ANonMediaOrMissingFileIsRefusedWithItsPath) {
     LogCapture log;
     const std::string path = MediaPath("notmedia.mp4");
     FFmpegDecoderImpl decoder(path.c_str());
     EXPECT_EQ(-1, decoder.Init());
     EXPECT_FALSE(decoder.IsInited());
     EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "Could not open source file " + path + ", exists:1"));
-}
 
-TEST(DecoderOpeningFailures, AMissingFileSaysItDoesNotExist) {
-    LogCapture log;
-    FFmpegDecoderImpl decoder("no-such-film.mp4");
-    EXPECT_EQ(-1, decoder.Init());
+    FFmpegDecoderImpl missing("no-such-film.mp4");
+    EXPECT_EQ(-1, missing.Init());
     EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "Could not open source file no-such-film.mp4, exists:0"));
     // Released and opened again: the same answer, nothing left over.
-    decoder.Release();
-    EXPECT_EQ(-1, decoder.Init());
+    missing.Release();
+    EXPECT_EQ(-1, missing.Init());
 }
-
 TEST(DecoderOpeningLogs, TellsTheSequenceOfAnOpen) {
     LogCapture log;
     FFmpegDecoderImpl decoder(MediaPath("gop12.mp4").c_str());
@@ -150,7 +135,6 @@ TEST(DecoderOpeningLogs, AnamorphicPicturesAreScaledToTheirShape) {
     decoder.GetMediaInfo(&info);
     EXPECT_NEAR(16.0 / 9, info.dar, 1e-5);
     EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "sws 1"));
-    EXPECT_EQ(64 * 36 * 3 / 2, decoder.GetFrameBufferSize());
 }
 
 TEST(DecoderOpeningLogs, LimitsScaleThePicturesDownEvenly) {
@@ -158,10 +142,5 @@ TEST(DecoderOpeningLogs, LimitsScaleThePicturesDownEvenly) {
     ASSERT_EQ(0, decoder.Init());
     EXPECT_EQ(30, decoder.GetOutputWidth());
     EXPECT_EQ(22, decoder.GetOutputHeight());
-    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
-    int size = static_cast<int>(picture.size());
-    int kind = 0;
-    double time = 0;
-    ASSERT_EQ(0, decoder.NextVideo(1.2, picture.data(), &size, &kind, &time));
-    EXPECT_EQ(30, CodecTest::FrameNumberFromLuma(picture.data(), 30, 22));
+    EXPECT_EQ(30, CodecTest::NextPicture(decoder, 1.2).frame);
 }

@@ -14,8 +14,13 @@ using codec::FFmpegDecoderImpl;
 using codec::FFmpegDecoderImplAsync;
 using CodecTest::FrameNumberFromLuma;
 using CodecTest::MediaPath;
+using CodecTest::NextPicture;
+using CodecTest::Picture;
+using Morvane::MVNLogLevel;
 
 namespace {
+
+const char* kTag = "codec::FFmpegDecoderImpl";
 
 // Jumps of 11 frames or more both ways (seeks), steps ahead within 10
 // (decoding on), the pictures just before and at key frames (every 12th).
@@ -26,53 +31,31 @@ struct SeekCase {
     int frames;  // pictures in the file
 };
 
-std::string CaseName(const ::testing::TestParamInfo<SeekCase>& info) {
-    std::string name = info.param.file;
-    for (char& ch : name)
-        if (!isalnum(static_cast<unsigned char>(ch)))
-            ch = '_';
-    return name;
-}
+std::string CaseName(const ::testing::TestParamInfo<SeekCase>& info) { return CodecTest::TestName(info.param.file); }
 
 }  // namespace
 
 class ExactSeeking : public ::testing::TestWithParam<SeekCase> {};
 
-TEST_P(ExactSeeking, EveryRequestShowsItsOwnFrame) {
+TEST_P(ExactSeeking, EveryRequestShowsItsOwnFrameAndPlaysOnFromThere) {
     const SeekCase& c = GetParam();
     FFmpegDecoderImplAsync decoder(MediaPath(c.file).c_str(), 0, 0, false, 0, -1, false);
     ASSERT_EQ(0, decoder.Init());
-    const int w = decoder.GetOutputWidth();
-    const int h = decoder.GetOutputHeight();
-    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
     for (int n : kRoute) {
         if (n >= c.frames)
             continue;
-        int size = static_cast<int>(picture.size());
-        int kind = 0;
-        double time = -1;
-        const double request = n / 25.0;
-        ASSERT_EQ(0, decoder.NextVideo(request, picture.data(), &size, &kind, &time)) << "frame " << n;
-        EXPECT_EQ(n, FrameNumberFromLuma(picture.data(), w, h)) << "asked for frame " << n;
-        EXPECT_EQ(codec::kFrameVideo, kind);
-        EXPECT_EQ(decoder.GetFrameBufferSize(), size);
-        EXPECT_NEAR(request, time, 1e-6) << "frame " << n;
+        Picture p = NextPicture(decoder, n / 25.0);
+        ASSERT_EQ(0, p.ret) << "frame " << n;
+        EXPECT_EQ(n, p.frame) << "asked for frame " << n;
+        EXPECT_EQ(codec::kFrameVideo, p.kind);
+        EXPECT_EQ(decoder.GetFrameBufferSize(), p.size);
+        EXPECT_NEAR(n / 25.0, p.time, 1e-6) << "frame " << n;
     }
-}
-
-TEST_P(ExactSeeking, PlayingOnAfterASeekGivesEveryFrameInTurn) {
-    const SeekCase& c = GetParam();
-    FFmpegDecoderImplAsync decoder(MediaPath(c.file).c_str(), 0, 0, false, 0, -1, false);
-    ASSERT_EQ(0, decoder.Init());
-    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
-    const int start = c.frames / 2 - 1;
-    for (int n = start; n < std::min(c.frames, start + 14); ++n) {
-        int size = static_cast<int>(picture.size());
-        int kind = 0;
-        double time = -1;
-        ASSERT_EQ(0, decoder.NextVideo(n / 25.0, picture.data(), &size, &kind, &time)) << "frame " << n;
-        EXPECT_EQ(n, FrameNumberFromLuma(picture.data(), decoder.GetOutputWidth(), decoder.GetOutputHeight()));
-    }
+    // A fresh decoder seeks to the middle and plays on across a key frame.
+    FFmpegDecoderImplAsync fresh(MediaPath(c.file).c_str(), 0, 0, false, 0, -1, false);
+    ASSERT_EQ(0, fresh.Init());
+    for (int n = c.frames / 2 - 1; n < std::min(c.frames, c.frames / 2 + 13); ++n)
+        EXPECT_EQ(n, NextPicture(fresh, n / 25.0).frame) << "playing on, frame " << n;
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, ExactSeeking,
@@ -87,15 +70,13 @@ INSTANTIATE_TEST_SUITE_P(Files, ExactSeeking,
 class KeyFrameSeek : public ::testing::TestWithParam<SeekCase> {};
 
 TEST_P(KeyFrameSeek, NextFrameStartsAtTheKeyFrameBeforeTheTime) {
-    const SeekCase& c = GetParam();
-    FFmpegDecoderImpl decoder(MediaPath(c.file).c_str());
+    FFmpegDecoderImpl decoder(MediaPath(GetParam().file).c_str());
     ASSERT_EQ(0, decoder.Init());
     std::vector<uint8_t> buffer(1 << 20);
     for (int n : {30, 12, 59, 5, 71}) {
         ASSERT_EQ(0, decoder.Seek(n / 25.0));
         for (int expected = n / 12 * 12; expected < n / 12 * 12 + 3; ++expected) {
-            int size = static_cast<int>(buffer.size());
-            int kind = 0;
+            int size, kind = 0;
             double time = 0;
             do {
                 size = static_cast<int>(buffer.size());
@@ -118,8 +99,8 @@ TEST(KeyFrameSeekBounds, ATimeOutsideTheClipIsRefused) {
     ASSERT_EQ(0, decoder.Init());
     EXPECT_EQ(-1, decoder.Seek(3.5));
     EXPECT_EQ(-1, decoder.Seek(-0.1));
-    EXPECT_TRUE(log.has(Morvane::MVNLogLevel::Error, "codec::FFmpegDecoderImpl", "error time:3.500 not in [0,3.000]"));
-    EXPECT_TRUE(log.has(Morvane::MVNLogLevel::Error, "codec::FFmpegDecoderImpl", "error time:-0.100 not in [0,3.000]"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "error time:3.500 not in [0,3.000]"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "error time:-0.100 not in [0,3.000]"));
 }
 
 TEST(VariableFrameRate, EarlyPicturesAreSpreadOntoTheFrameGrid) {
@@ -127,32 +108,25 @@ TEST(VariableFrameRate, EarlyPicturesAreSpreadOntoTheFrameGrid) {
     FFmpegDecoderImplAsync decoder(MediaPath("vfr.mp4").c_str(), 0, 0, false, 0, -1, false);
     ASSERT_EQ(0, decoder.Init());
     EXPECT_TRUE(decoder.IsVariableFrameRate());
-    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
     for (int n = 0; n < 75; ++n) {
-        int size = static_cast<int>(picture.size());
-        int kind = 0;
-        double time = -1;
-        ASSERT_EQ(0, decoder.NextVideo(-1, picture.data(), &size, &kind, &time));
-        EXPECT_EQ(n, FrameNumberFromLuma(picture.data(), 64, 48));
-        EXPECT_NEAR(n / 25.0, time, 1e-9) << "picture " << n;
+        Picture p = NextPicture(decoder, -1);
+        ASSERT_EQ(0, p.ret);
+        EXPECT_EQ(n, p.frame);
+        EXPECT_NEAR(n / 25.0, p.time, 1e-9) << "picture " << n;
     }
-    EXPECT_TRUE(log.has(Morvane::MVNLogLevel::Debug, "codec::FFmpegDecoderImpl", "fixed video pts:110->120"));
-    EXPECT_TRUE(log.has(Morvane::MVNLogLevel::Debug, "codec::FFmpegDecoderImpl", "fixed video pts:2830->2840"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "fixed video pts:110->120"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "fixed video pts:2830->2840"));
 }
 
 TEST(SizeChange, PicturesAfterTheChangeKeepTheOutputSize) {
     MorvaneTest::LogCapture log;
     FFmpegDecoderImplAsync decoder(MediaPath("sizechange.ts").c_str(), 0, 0, false, 0, -1, false);
     ASSERT_EQ(0, decoder.Init());
-    std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
     for (int n = 45; n < 56; ++n) {
-        int size = static_cast<int>(picture.size());
-        int kind = 0;
-        double time = -1;
-        ASSERT_EQ(0, decoder.NextVideo(n / 25.0, picture.data(), &size, &kind, &time));
-        EXPECT_EQ(64 * 48 * 3 / 2, size);
-        EXPECT_EQ(n, FrameNumberFromLuma(picture.data(), 64, 48));
+        Picture p = NextPicture(decoder, n / 25.0);
+        ASSERT_EQ(0, p.ret);
+        EXPECT_EQ(64 * 48 * 3 / 2, p.size);
+        EXPECT_EQ(n, p.frame);
     }
-    EXPECT_EQ(1, log.count(Morvane::MVNLogLevel::Debug, "codec::FFmpegDecoderImpl",
-                           "video frame size changed 64x48->80x60"));
+    EXPECT_EQ(1, log.count(MVNLogLevel::Debug, kTag, "video frame size changed 64x48->80x60"));
 }

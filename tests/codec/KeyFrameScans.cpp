@@ -53,13 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ScanCase{"gop12.ts", 128090, 12, 43200, 2, 11, 0.48, false},
                       ScanCase{"noindex.mkv", 23, 12, 480, 2, 11, 0.48, false},
                       ScanCase{"vfr.mp4", 0, 12, 480, 0, 7, 0.48, true}),
-    [](const ::testing::TestParamInfo<ScanCase>& info) {
-        std::string name = info.param.file;
-        for (char& ch : name)
-            if (!isalnum(static_cast<unsigned char>(ch)))
-                ch = '_';
-        return name;
-    });
+    [](const ::testing::TestParamInfo<ScanCase>& info) { return CodecTest::TestName(info.param.file); });
 
 TEST(KeyFrameScanLogs, ANegativeFirstDtsMakesTheFirstPtsZero) {
     LogCapture log;

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -16,8 +17,9 @@
 #include "TestMedia.h"
 
 using codec::FFmpegDecoderImplAsync;
-using CodecTest::FrameNumberFromLuma;
 using CodecTest::MediaPath;
+using CodecTest::NextPicture;
+using CodecTest::Picture;
 using Morvane::MVNLogLevel;
 using MorvaneTest::LogCapture;
 
@@ -70,22 +72,13 @@ protected:
     }
     void TearDown() override { ::unlink(kFifo); }
 
-    int Next(FFmpegDecoderImplAsync& decoder, double time, int* frame, double* when) {
-        std::vector<uint8_t> picture(static_cast<size_t>(decoder.GetFrameBufferSize()));
-        int size = static_cast<int>(picture.size());
-        int kind = 0;
-        int ret = decoder.NextVideo(time, picture.data(), &size, &kind, when);
-        *frame = ret == 0 ? FrameNumberFromLuma(picture.data(), 64, 48) : -1;
-        return ret;
-    }
-
     static constexpr const char* kFifo = "film.pipe";
     std::string source;
 };
 
 }  // namespace
 
-TEST_F(NonSeekableInput, OpensWithoutScansAndPlaysInOrder) {
+TEST_F(NonSeekableInput, OpensWithoutScansPlaysInOrderAndReachesAFarPositionByDecoding) {
     PipeFeeder feeder(kFifo, source);
     LogCapture log;
     FFmpegDecoderImplAsync decoder(kFifo, 0, 0, false, 0, -1, false);
@@ -97,25 +90,12 @@ TEST_F(NonSeekableInput, OpensWithoutScansAndPlaysInOrder) {
     EXPECT_EQ(0, decoder.FirstAudioPts());
     EXPECT_EQ(0, log.countContaining("first_pts"));
     for (int n = 0; n < 30; ++n) {
-        int frame = -1;
-        double time = -1;
-        ASSERT_EQ(0, Next(decoder, -1, &frame, &time));
-        EXPECT_EQ(n, frame);
-        EXPECT_NEAR(n / 25.0, time, 1e-6);
+        Picture p = NextPicture(decoder, -1);
+        ASSERT_EQ(0, p.ret);
+        EXPECT_EQ(n, p.frame);
+        EXPECT_NEAR(n / 25.0, p.time, 1e-6);
     }
-}
-
-TEST_F(NonSeekableInput, AFarPositionIsReachedByDecoding) {
-    PipeFeeder feeder(kFifo, source);
-    LogCapture log;
-    FFmpegDecoderImplAsync decoder(kFifo, 0, 0, false, 0, -1, false);
-    ASSERT_EQ(0, decoder.Init());
-    int frame = -1;
-    double time = -1;
-    ASSERT_EQ(0, Next(decoder, 0.4, &frame, &time));
-    EXPECT_EQ(10, frame);
-    ASSERT_EQ(0, Next(decoder, 3.0, &frame, &time));
-    EXPECT_EQ(75, frame);
+    EXPECT_EQ(75, NextPicture(decoder, 3.0).frame);
     EXPECT_EQ(0, log.countContaining("_SeekVideo"));
 }
 
@@ -124,17 +104,13 @@ TEST_F(NonSeekableInput, APipeThatEndsIsOpenedAgainFromTheStart) {
     std::unique_ptr<PipeFeeder> feeder(new PipeFeeder(kFifo, source));
     FFmpegDecoderImplAsync decoder(kFifo, 0, 0, false, 0, -1, false);
     ASSERT_EQ(0, decoder.Init());
-    int frame = -1;
-    double time = -1;
-    ASSERT_EQ(0, Next(decoder, 4.96, &frame, &time));
-    EXPECT_EQ(124, frame);
-    EXPECT_EQ(-2, Next(decoder, -1, &frame, &time));
+    EXPECT_EQ(124, NextPicture(decoder, 4.96).frame);
+    EXPECT_EQ(-2, NextPicture(decoder, -1).ret);
     EXPECT_TRUE(log.has(MVNLogLevel::Info, kTag, "_PrepareReopen"));
     EXPECT_FALSE(decoder.IsInited());
 
     feeder.reset(new PipeFeeder(kFifo, source));
-    ASSERT_EQ(0, Next(decoder, -1, &frame, &time));
-    EXPECT_EQ(0, frame);
+    EXPECT_EQ(0, NextPicture(decoder, -1).frame);
     EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "=====reopen done====="));
     EXPECT_TRUE(log.has(MVNLogLevel::Debug, "codec::FFmpegDecoderImplAsync", "_OnReopen"));
 }

@@ -1,8 +1,11 @@
 #include "TestMedia.h"
 
+#include "FFmpegDecoder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -59,6 +62,13 @@ std::string MediaPath(const std::string& name) {
     return MediaDir() + "/" + name;
 }
 
+std::string TestName(std::string file) {
+    for (char& ch : file)
+        if (!isalnum(static_cast<unsigned char>(ch)))
+            ch = '_';
+    return file;
+}
+
 int FrameNumberFromLuma(const uint8_t* luma, int width, int height) {
     return FromHalves(BlockMean(luma, width, height, width / 4, height / 2, 1),
                       BlockMean(luma, width, height, 3 * width / 4, height / 2, 1));
@@ -69,6 +79,17 @@ int FrameNumberFromBgra(const uint8_t* bgra, int width, int height) {
     auto luma = [](double b) { return b * 219.0 / 255.0 + 16; };
     return FromHalves(luma(BlockMean(bgra, width, height, width / 4, height / 2, 4)),
                       luma(BlockMean(bgra, width, height, 3 * width / 4, height / 2, 4)));
+}
+
+Picture NextPicture(codec::FFmpegDecoder& decoder, double time) {
+    // Room for the largest test picture even while the decoder is closed.
+    std::vector<uint8_t> data(static_cast<size_t>(std::max(decoder.GetFrameBufferSize(), 80 * 60 * 2)));
+    Picture p;
+    p.size = static_cast<int>(data.size());
+    p.ret = decoder.NextVideo(time, data.data(), &p.size, &p.kind, &p.time);
+    if (p.ret == 0)
+        p.frame = FrameNumberFromLuma(data.data(), decoder.GetOutputWidth(), decoder.GetOutputHeight());
+    return p;
 }
 
 int RunCommand(const std::string& command, std::string* output) {

@@ -124,7 +124,7 @@ TEST_F(FilterParameters, FiltersWithoutADefaultsRowWriteNoProperty) {
     EXPECT_EQ(filter.getDouble("ufmDiffX", -1), 0.2);
 }
 
-TEST_F(FilterParameters, ColoursAreSentAsChannelsOverTwoFiftyFive) {
+TEST_F(FilterParameters, ColoursAreSentAsChannelsOverTwoFiftyFiveUnderTheirChannelKeys) {
     filter.setColor("ufmFirstColor", MVNColor4B(255, 51, 0, 102));
     setupAs("LightMixFilter");
     EXPECT_FLOAT_EQ(node.last("ufmFirstColorR"), 1.0f);
@@ -133,10 +133,8 @@ TEST_F(FilterParameters, ColoursAreSentAsChannelsOverTwoFiftyFive) {
     // The second colour is absent: its table default, opaque black.
     EXPECT_FLOAT_EQ(node.last("ufmSecondColorR"), 0.0f);
     EXPECT_FLOAT_EQ(node.last("ufmSecondColorA"), 1.0f);
-}
 
-TEST_F(FilterParameters, ColourKeysSendTheirChannels) {
-    setupAs("LightMixFilter");
+    // A change is sent under a channel's key, not the colour's own name.
     node.sent.clear();
     filter.setColor("ufmFirstColor", MVNColor4B(0, 255, 0, 255));
     params("LightMixFilter").setUniform("ufmFirstColor");
@@ -186,9 +184,8 @@ TEST_F(FilterParameters, LiveKeysAreTheTablesSaveComputedDefaults) {
     params("BlurFilter").setUniform("ufmImageW");
     params("FadeInOutFilter").setUniform("ufmFPS");
     EXPECT_TRUE(node.sent.empty());
-}
 
-TEST_F(FilterParameters, ALiveKeyReadsAnAbsentPropertyAsZero) {
+    // A live key reads an absent property as zero.
     params("ContrastFilter").setUniform("ufmContrast");
     EXPECT_FLOAT_EQ(node.last("ufmContrast"), 0.0f);
 }
@@ -251,16 +248,13 @@ TEST_P(AnimationSpan, CoversItsFractionOfTheClip) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Positions, AnimationSpan,
-                         ::testing::Values(SpanCase{0.25, 0.75, 100, 0, 0, false, 0},
-                                           SpanCase{0.25, 0.75, 100, 0, 24, false, 0},
+                         ::testing::Values(SpanCase{0.25, 0.75, 100, 0, 24, false, 0},
                                            SpanCase{0.25, 0.75, 100, 0, 25, true, 0.0f},
                                            SpanCase{0.25, 0.75, 100, 0, 50, true, 0.5f},
                                            SpanCase{0.25, 0.75, 100, 0, 75, true, 1.0f},
                                            SpanCase{0.25, 0.75, 100, 0, 76, false, 0},
                                            SpanCase{0.5, 0.5, 100, 0, 50, true, 0.0f},
-                                           SpanCase{0.5, 0.5, 100, 0, 51, false, 0},
                                            SpanCase{0.25, 0.75, 100, 40, 64, false, 0},
-                                           SpanCase{0.25, 0.75, 100, 40, 65, true, 0.0f},
                                            SpanCase{0.25, 0.75, 100, 40, 115, true, 1.0f},
                                            SpanCase{0, 0, 100, 0, -1, false, 0}));
 
@@ -392,8 +386,7 @@ INSTANTIATE_TEST_SUITE_P(
         RadiusCase{"LandscapeTakesTheWidthSize", 640, 360, 1920, 1080, 0.5, 0.3, 1.0, 0.5 * 1920 / 1080.0 * 0.5},
         // Portrait: the smaller of t and sy.
         RadiusCase{"PortraitTakesTheSmaller", 360, 640, 1080, 1920, 0.5, 0.2, 1.0, 0.2 * 0.5},
-        RadiusCase{"PortraitTakesT", 360, 640, 1080, 1920, 0.2, 0.5, 0.5, 0.2 * 1080 / 1920.0 * 0.5 * 0.5},
-        RadiusCase{"NoRoundness", 640, 360, 1920, 1080, 0.5, 0.3, 0.0, 0.0}),
+        RadiusCase{"PortraitTakesT", 360, 640, 1080, 1920, 0.2, 0.5, 0.5, 0.2 * 1080 / 1920.0 * 0.5 * 0.5}),
     [](const ::testing::TestParamInfo<RadiusCase>& info) { return info.param.name; });
 
 // --- 3D lookup tables ----------------------------------------------------------------------------
@@ -426,7 +419,12 @@ TEST_F(FilterParameters, ALookupTableBecomesATextureOfNSquaredByN) {
     std::remove(path.c_str());
 }
 
-TEST_F(FilterParameters, AMissingTableFlagsTheErrorAndKeepsTheTexture) {
+TEST_F(FilterParameters, AMissingOrEmptyTableFlagsTheErrorAndKeepsTheTexture) {
+    params("ApplyDynamicLutFilter").setup();
+    EXPECT_TRUE(filter.getBoolean("_ufmLutFileError", false)) << "an empty path counts as a failed load";
+    EXPECT_FLOAT_EQ(node.last("ufmlutPathError"), 1.0f);
+    EXPECT_TRUE(node.textures.empty());
+
     std::string path = writeCube(5, "b.cube");
     filter.setString("ufmMVNLutPath", path);
     params("ApplyDynamicLutFilter").setup();
@@ -445,13 +443,6 @@ TEST_F(FilterParameters, AMissingTableFlagsTheErrorAndKeepsTheTexture) {
     EXPECT_EQ(node.textures.size(), 2u);
     EXPECT_EQ(node.count("ufmIntensity"), 0) << "a new path leaves the intensity";
     std::remove(path.c_str());
-}
-
-TEST_F(FilterParameters, AnEmptyLutPathCountsAsAFailedLoad) {
-    params("ApplyDynamicLutFilter").setup();
-    EXPECT_TRUE(filter.getBoolean("_ufmLutFileError", false));
-    EXPECT_FLOAT_EQ(node.last("ufmlutPathError"), 1.0f);
-    EXPECT_TRUE(node.textures.empty());
 }
 
 }  // namespace

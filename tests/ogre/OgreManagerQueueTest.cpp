@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cstdio>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -75,30 +74,6 @@ TEST_F(OgreManagerStopped, GetRenderFrameWithoutAsyncReaderIsNullAndLogged) {
     EXPECT_TRUE(log.has(MVNLogLevel::Error, kTag, "getRenderFrame, not support async mode"));
 }
 
-TEST_F(OgreManagerQueueOnly, WorkRunsOnOneRenderThreadThatIsNotTheCaller) {
-    std::thread::id renderThread;
-    manager()->callRenderableWait([&renderThread]() { renderThread = std::this_thread::get_id(); }, "whoAmI");
-    EXPECT_NE(renderThread, std::thread::id());
-    EXPECT_NE(renderThread, std::this_thread::get_id());
-    std::thread::id again;
-    manager()->callRenderableWait([&again]() { again = std::this_thread::get_id(); }, "whoAmI");
-    EXPECT_EQ(again, renderThread);
-}
-
-TEST_F(OgreManagerQueueOnly, ThousandCallRenderableRunInOrder) {
-    std::vector<int> ran;
-    ran.reserve(1000);
-    for (int i = 0; i < 1000; ++i) {
-        manager()->callRenderable([&ran, i]() { ran.push_back(i); }, "inOrder");
-    }
-    // Runs after all of them.
-    manager()->callRenderableWait([]() {}, "flush");
-    ASSERT_EQ(ran.size(), 1000u);
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_EQ(ran[i], i);
-    }
-}
-
 TEST_F(OgreManagerQueueOnly, SequentialWaitsReuseRenderablesFromThePool) {
     LogCapture log;
     for (int i = 0; i < 100; ++i) {
@@ -159,33 +134,12 @@ TEST_F(OgreManagerQueueOnly, ReleaseRunsWhatIsQueuedAndDeletesEveryRenderableOnc
     EXPECT_FALSE(late);
 }
 
-TEST_F(OgreManagerQueueOnly, ThrowingCallDoesNotEndTheRenderThread) {
-    LogCapture log;
-    manager()->callRenderableWait([]() { throw std::runtime_error("engine said no"); }, "throwing");
-    bool after = false;
-    manager()->callRenderableWait([&after]() { after = true; }, "afterThrow");
-    EXPECT_TRUE(after);
-    EXPECT_TRUE(log.has(MVNLogLevel::Error, "Morvane::MVNOgreRenderQueue", "throwing threw: engine said no"));
-}
-
-TEST_F(OgreManagerQueueOnly, NotBusyWithoutAContext) {
-    EXPECT_FALSE(manager()->isBusy());
-    manager()->callRenderableWait([]() { EXPECT_FALSE(manager()->isBusy()); }, "busy");
-}
-
 TEST_F(OgreManagerQueueOnly, RenderablesThatAreNotPooledAreDeletedOnRecycle) {
     LogCapture log;
     auto* loose = new MVNOgreRenderable();
     loose->setName("loose");
     manager()->recycleRenderable(loose);
     EXPECT_EQ(log.countContaining("destory name:loose ptr:"), 1);
-}
-
-TEST_F(OgreManagerQueueOnly, ProfileIsTakenOver) {
-    EXPECT_EQ(manager()->getProfile().width(), MVNProfile("hdv_540_24p").width());
-    manager()->setProfile(MVNProfile("hd_720_25p"));
-    EXPECT_EQ(manager()->getProfile().width(), 1280);
-    EXPECT_EQ(manager()->getProfile().height(), 720);
 }
 
 struct OddSizeCase {
@@ -224,8 +178,6 @@ INSTANTIATE_TEST_SUITE_P(
         // A side of 0 takes the profile's size for both, odd sides included.
         OddSizeCase{"1281x720@25", 0, 0, "profile size:1281x720, render_win_size:0x0",
                     "error render win size:1281x720, must be even"},
-        OddSizeCase{"1280x721@25", 0, 1080, "profile size:1280x721, render_win_size:0x1080",
-                    "error render win size:1280x721, must be even"},
         OddSizeCase{"1280x721@25", 1920, 0, "profile size:1280x721, render_win_size:1920x0",
                     "error render win size:1280x721, must be even"}));
 

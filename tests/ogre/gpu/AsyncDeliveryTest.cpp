@@ -10,7 +10,6 @@
 
 #include "GpuTestSupport.h"
 #include "LogCapture.h"
-#include "MVNByteBufferPool.h"
 #include "MVNFrame.h"
 #include "MVNFrameListener.h"
 
@@ -53,79 +52,62 @@ void expectMarkedPicture(MVNFrame* frame) {
 class AsyncDelivery : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
-        touchMarker("not_full_screen");
-        touchMarker(GetParam());
         run.reset(new EngineRun(W, H));
         ASSERT_EQ(run->rc, 0);
         TestScene::setBackground(kMagenta);
         TestScene::addRect("marker", 0, 0, 4, 4, kRed);
     }
-    void TearDown() override {
-        run.reset();
-        removeMarker(GetParam());
-        removeMarker("not_full_screen");
+    void TearDown() override { run.reset(); }
+    const char* readerTag() const {
+        return std::string(GetParam()) == "read_use_direct" ? "Morvane::RenderReaderDirect" : "Morvane::RenderReaderRTT";
     }
+    Marker windowed{"not_full_screen"};
+    Marker reader{GetParam()};
     std::unique_ptr<EngineRun> run;
 };
 
+// A negative position is not queued as a time, yet its frame comes back.
 TEST_P(AsyncDelivery, FramesWaitForGetRenderFrameStampedWithTheirPositions) {
     MVNOgreManager* m = MVNOgreManager::getSingleton();
+    auto expectNext = [m](int position) {
+        MVNFrame* frame = m->getRenderFrame();
+        ASSERT_NE(frame, nullptr) << position;
+        EXPECT_EQ(frame->frames(), position);
+        if (position == 7) expectMarkedPicture(frame);
+        MVNFrame::pushBackPool(frame);
+    };
     m->updateRenderImage(7);
     drainQueue();
     m->updateRenderImage(8);
     drainQueue();
-    MVNFrame* first = m->getRenderFrame();
-    MVNFrame* second = m->getRenderFrame();
-    ASSERT_NE(first, nullptr);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(first->frames(), 7);
-    EXPECT_EQ(second->frames(), 8);
-    expectMarkedPicture(first);
+    expectNext(7);
+    expectNext(8);
     EXPECT_EQ(m->getRenderFrame(), nullptr);
-    MVNFrame::pushBackPool(first);
-    MVNFrame::pushBackPool(second);
-}
-
-TEST_P(AsyncDelivery, NegativePositionIsNotQueuedAndTheFrameCarriesMinusOne) {
-    MVNOgreManager* m = MVNOgreManager::getSingleton();
     m->updateRenderImage(-1);
     drainQueue();
-    MVNFrame* frame = m->getRenderFrame();
-    ASSERT_NE(frame, nullptr);
-    EXPECT_EQ(frame->frames(), -1);
-    MVNFrame::pushBackPool(frame);
+    expectNext(-1);
 }
 
-TEST_P(AsyncDelivery, ListenerReceivesEveryFrameAndTheQueueStaysEmpty) {
-    MVNOgreManager* m = MVNOgreManager::getSingleton();
-    CollectingListener listener;
-    m->registerFrameListener(&listener);
-    for (int t = 0; t < 3; ++t) m->updateRenderImage(t);
-    drainQueue();
-    m->unregisterFrameListener(nullptr);
-    EXPECT_EQ(m->getRenderFrame(), nullptr);
-    std::lock_guard<std::mutex> guard(listener.lock);
-    ASSERT_EQ(listener.frames.size(), 3u);
-    for (int t = 0; t < 3; ++t) EXPECT_EQ(listener.frames[t]->frames(), t);
-    expectMarkedPicture(listener.frames[2]);
-}
-
-TEST_P(AsyncDelivery, SecondListenerIsRefusedAndTheFirstKeepsItsFrames) {
+// One listener at a time: it gets every frame and the queue stays empty; a
+// second is refused, and unregistering clears whichever is registered.
+TEST_P(AsyncDelivery, TheOneListenerGetsEveryFrameAndASecondIsRefused) {
     MVNOgreManager* m = MVNOgreManager::getSingleton();
     CollectingListener first;
     CollectingListener second;
     LogCapture log;
     m->registerFrameListener(&first);
     m->registerFrameListener(&second);
-    const char* tag = std::string(GetParam()) == "read_use_direct" ? "Morvane::RenderReaderDirect"
-                                                                     : "Morvane::RenderReaderRTT";
-    EXPECT_TRUE(log.has(MVNLogLevel::Error, tag, "registerFrameListener failed, one listener exist"));
-    m->updateRenderImage(3);
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, readerTag(), "registerFrameListener failed, one listener exist"));
+    for (int t = 0; t < 3; ++t) m->updateRenderImage(t);
     drainQueue();
-    m->unregisterFrameListener(&second);  // clears whichever is registered
+    EXPECT_EQ(m->getRenderFrame(), nullptr);
+    m->unregisterFrameListener(&second);
     m->updateRenderImage(4);
     drainQueue();
-    EXPECT_EQ(first.frames.size(), 1u);
+    std::lock_guard<std::mutex> guard(first.lock);
+    ASSERT_EQ(first.frames.size(), 3u);
+    for (int t = 0; t < 3; ++t) EXPECT_EQ(first.frames[t]->frames(), t);
+    expectMarkedPicture(first.frames[2]);
     EXPECT_TRUE(second.frames.empty());
     MVNFrame* queued = m->getRenderFrame();
     ASSERT_NE(queued, nullptr);
@@ -135,16 +117,12 @@ TEST_P(AsyncDelivery, SecondListenerIsRefusedAndTheFirstKeepsItsFrames) {
 
 TEST_P(AsyncDelivery, SyncReadEndsAsyncModeForGood) {
     MVNOgreManager* m = MVNOgreManager::getSingleton();
-    MVNByteBuffer* image = m->getRenderImage();
-    ASSERT_NE(image, nullptr);
-    MVNByteBufferPool::sRelease(image);
-    const char* tag = std::string(GetParam()) == "read_use_direct" ? "Morvane::RenderReaderDirect"
-                                                                     : "Morvane::RenderReaderRTT";
+    ASSERT_TRUE(RenderImage(W, H).ok());
     LogCapture log;
     m->updateRenderImage(5);
     drainQueue();
-    EXPECT_TRUE(log.has(MVNLogLevel::Error, tag, "sync mode not support updateRenderTime"));
-    EXPECT_TRUE(log.has(MVNLogLevel::Error, tag, "sync mode not support updateRenderImage"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, readerTag(), "sync mode not support updateRenderTime"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, readerTag(), "sync mode not support updateRenderImage"));
     EXPECT_EQ(m->getRenderFrame(), nullptr);
 }
 
@@ -156,19 +134,15 @@ INSTANTIATE_TEST_SUITE_P(AsyncReaders, AsyncDelivery, ::testing::Values("read_us
 class SyncOnlyReaders : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(SyncOnlyReaders, GetRenderFrameIsRefusedWithoutAsyncSupport) {
-    touchMarker("not_full_screen");
-    touchMarker(GetParam());
-    {
-        EngineRun run(W, H);
-        ASSERT_EQ(run.rc, 0);
-        LogCapture log;
-        MVNOgreManager::getSingleton()->updateRenderImage(1);
-        drainQueue();
-        EXPECT_EQ(MVNOgreManager::getSingleton()->getRenderFrame(), nullptr);
-        EXPECT_TRUE(log.has(MVNLogLevel::Error, "Morvane::MVNOgreManager", "getRenderFrame, not support async mode"));
-    }
-    removeMarker(GetParam());
-    removeMarker("not_full_screen");
+    Marker windowed("not_full_screen");
+    Marker reader(GetParam());
+    EngineRun run(W, H);
+    ASSERT_EQ(run.rc, 0);
+    LogCapture log;
+    MVNOgreManager::getSingleton()->updateRenderImage(1);
+    drainQueue();
+    EXPECT_EQ(MVNOgreManager::getSingleton()->getRenderFrame(), nullptr);
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, "Morvane::MVNOgreManager", "getRenderFrame, not support async mode"));
 }
 
 INSTANTIATE_TEST_SUITE_P(GlReaders, SyncOnlyReaders, ::testing::Values("read_use_rtt_sample", "read_use_gl"),

@@ -5,7 +5,6 @@
 
 #include "GpuTestSupport.h"
 #include "LogCapture.h"
-#include "MVNByteBufferPool.h"
 #include "MVNOgreFilterCompositor.h"
 
 using namespace Morvane;
@@ -19,25 +18,16 @@ constexpr int H = 54;
 // The GL reader reads the window, where the compositor draws.
 class FilterCompositor : public ::testing::Test {
 protected:
-    void SetUp() override {
-        touchMarker("not_full_screen");
-        touchMarker("read_use_gl");
-    }
-    void TearDown() override {
-        removeMarker("read_use_gl");
-        removeMarker("not_full_screen");
-    }
-
     // Corner and centre of the window after one frame.
     static void readCornerAndCentre(RGBA& corner, RGBA& centre) {
         MVNOgreManager::getSingleton()->renderOneFrame();
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        ASSERT_NE(image, nullptr);
-        Picture pic{image->ptr(), W, H};
-        corner = pic.at(0, 0);
-        centre = pic.at(W / 2, H / 2);
-        MVNByteBufferPool::sRelease(image);
+        RenderImage image(W, H);
+        ASSERT_TRUE(image.ok());
+        corner = image.at(0, 0);
+        centre = image.at(W / 2, H / 2);
     }
+    Marker windowed{"not_full_screen"};
+    Marker reader{"read_use_gl"};
 };
 
 TEST_F(FilterCompositor, RunsItsScriptOverTheWindowUntilReleased) {

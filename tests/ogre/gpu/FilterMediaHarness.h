@@ -141,10 +141,8 @@ public:
 
     // Draws `material` (a clone of it) with the uniforms set; errors gets
     // what the engine reported, and the result is empty when the material
-    // doesn't exist or couldn't be used.
-    // `prepare` runs on the clone's pass before it loads, `inspect` after.
+    // doesn't exist or couldn't be used. `inspect` sees the loaded pass.
     Image render(const std::string& material, const Uniforms& uniforms, std::vector<std::string>* errors = nullptr,
-                 const std::function<void(Ogre::Pass*)>& prepare = nullptr,
                  const std::function<void(Ogre::Pass*)>& inspect = nullptr) {
         Image out{mWidth, mHeight, {}};
         onRenderThread([&]() {
@@ -154,7 +152,6 @@ public:
             Ogre::MaterialPtr clone = source->clone("FilterMediaClone/" + material + "/" + std::to_string(++mCount));
             Ogre::Pass* pass = clone->getTechnique(0)->getPass(0);
             pass->getTextureUnitState(0)->setTextureName(mInput->getName());
-            if (prepare) prepare(pass);
             clone->load();
             if (clone->getNumSupportedTechniques() == 0) {
                 mErrors.messageLogged("no supported technique: " + clone->getUnsupportedTechniquesExplanation(),

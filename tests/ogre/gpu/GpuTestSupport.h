@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "MVNByteBuffer.h"
+#include "MVNByteBufferPool.h"
 #include "MVNImage.h"
 #include "MVNOgreContextBase.h"
 #include "MVNOgreManager.h"
@@ -41,6 +42,18 @@ inline std::ostream& operator<<(std::ostream& os, const RGBA& c) {
 inline void touchMarker(const char* name) { std::ofstream(name).put('\n'); }
 inline void removeMarker(const char* name) { std::remove(name); }
 
+// A marker file that exists as long as the object does.
+class Marker {
+public:
+    explicit Marker(const char* name) : name_(name) { touchMarker(name); }
+    ~Marker() { removeMarker(name_); }
+    Marker(const Marker&) = delete;
+    Marker& operator=(const Marker&) = delete;
+
+private:
+    const char* name_;
+};
+
 // A w x h picture of R,G,B,A bytes with the first row at the top.
 struct Picture {
     const uint8_t* data;
@@ -62,6 +75,29 @@ struct Picture {
         }
         Morvane::MVNImage::saveToFile(path, bgra.data(), width, height);
     }
+};
+
+// The picture the running engine composes now, w x h, read once and given
+// back to its pool at the end of the scope.
+class RenderImage {
+public:
+    RenderImage(int w, int h) : width_(w), height_(h) {
+        image_ = Morvane::MVNOgreManager::getSingleton()->getRenderImage();
+    }
+    ~RenderImage() {
+        if (image_) Morvane::MVNByteBufferPool::sRelease(image_);
+    }
+    RenderImage(const RenderImage&) = delete;
+    RenderImage& operator=(const RenderImage&) = delete;
+
+    bool ok() const { return image_ != nullptr && image_->size() == width_ * height_ * 4; }
+    Picture picture() const { return Picture{image_->ptr(), width_, height_}; }
+    RGBA at(int x, int y) const { return picture().at(x, y); }
+
+protected:
+    int width_;
+    int height_;
+    Morvane::MVNByteBuffer* image_ = nullptr;
 };
 
 // Runs `f` on the render thread and waits.

@@ -6,7 +6,6 @@
 
 #include "GpuTestSupport.h"
 #include "LogCapture.h"
-#include "MVNByteBufferPool.h"
 #include "MVNOgreLabel.h"
 
 using namespace Morvane;
@@ -18,7 +17,7 @@ constexpr int W = 320;
 constexpr int H = 180;
 
 TEST(LabelOverlay, PanelDarkensItsRectangleAndTheTextIsRed) {
-    touchMarker("not_full_screen");
+    Marker windowed("not_full_screen");
     {
         EngineRun run(W, H);
         ASSERT_EQ(run.rc, 0);
@@ -33,9 +32,9 @@ TEST(LabelOverlay, PanelDarkensItsRectangleAndTheTextIsRed) {
             EXPECT_EQ(label.getText(), "MMMM");
             MVNRect screen = MVNOgreManager::getSingleton()->adjustGeometryProfileToScreen(where);
 
-            MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-            ASSERT_NE(image, nullptr);
-            Picture pic{image->ptr(), W, H};
+            RenderImage image(W, H);
+            ASSERT_TRUE(image.ok());
+            Picture pic = image.picture();
             pic.save("label.png");
             // Half-transparent black over magenta: 255 * 0.5, within one step.
             int px = static_cast<int>(screen.x + screen.width - 4);
@@ -56,17 +55,14 @@ TEST(LabelOverlay, PanelDarkensItsRectangleAndTheTextIsRed) {
                 }
             }
             EXPECT_GT(textPixels, 20);
-            MVNByteBufferPool::sRelease(image);
 
             label.setVisible(false);
-            image = MVNOgreManager::getSingleton()->getRenderImage();
-            ASSERT_NE(image, nullptr);
-            EXPECT_EQ((Picture{image->ptr(), W, H}.at(px, py)), kMagenta);
-            MVNByteBufferPool::sRelease(image);
+            RenderImage hidden(W, H);
+            ASSERT_TRUE(hidden.ok());
+            EXPECT_EQ(hidden.at(px, py), kMagenta);
         }
         EXPECT_EQ(log.countContaining("init error"), 0);
     }
-    removeMarker("not_full_screen");
 }
 
 }  // namespace

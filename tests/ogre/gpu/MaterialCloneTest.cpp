@@ -23,12 +23,30 @@ const char* const kOpacity = "Morvane/QuadOpacity";
 using Plane = MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>;
 using MaterialClones = QuadEngineTest;
 
+// A plane of w x h in the middle of the shared scene drawn with `material`.
+// Render thread only.
+void showOnPlane(const Ogre::MaterialPtr& material, float w, float h) {
+    Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
+    Ogre::MeshManager::getSingleton().createPlane("TestPlaneMesh", Ogre::RGN_DEFAULT,
+                                                  Ogre::Plane(Ogre::Vector3::UNIT_Z, 0), w, h);
+    Ogre::Entity* e = scene->createEntity("TestPlaneEntity", "TestPlaneMesh");
+    e->setMaterial(material);
+    scene->getRootSceneNode()->createChildSceneNode("TestPlaneNode")->attachObject(e);
+}
+void removePlane() {
+    Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
+    scene->destroySceneNode("TestPlaneNode");
+    scene->destroyEntity("TestPlaneEntity");
+    Ogre::MeshManager::getSingleton().remove("TestPlaneMesh", Ogre::RGN_DEFAULT);
+}
+
+// An unknown script gives null with its name and counts nothing.
 TEST_F(MaterialClones, EachRequestGetsADistinctCloneAndTheSourceIsCounted) {
     MVNOgreMaterialManager* manager = MVNOgreMaterialManager::getSingleton();
     int before = manager->getCloneCount(kOpacity);
     LogCapture log;
     std::string first, second;
-    bool bothExist = false;
+    bool bothExist = false, missingIsNull = false;
     onRenderThread([&]() {
         first = manager->getByName(kOpacity)->getName();
         second = manager->getByName(kOpacity)->getName();
@@ -37,25 +55,21 @@ TEST_F(MaterialClones, EachRequestGetsADistinctCloneAndTheSourceIsCounted) {
                     materials.resourceExists(second, Ogre::RGN_DEFAULT);
         materials.remove(first, Ogre::RGN_DEFAULT);
         materials.remove(second, Ogre::RGN_DEFAULT);
+        missingIsNull = !manager->getByName("Morvane/Missing");
     });
     EXPECT_NE(first, second);
     EXPECT_NE(first, kOpacity);
     EXPECT_TRUE(bothExist);
     EXPECT_EQ(manager->getCloneCount(kOpacity), before + 2);
     EXPECT_TRUE(log.has(MVNLogLevel::Debug, kManagerTag, "get clone " + second + " from " + kOpacity + ", count:1"));
-}
-
-TEST_F(MaterialClones, UnknownScriptGivesNullWithItsNameAndNoCount) {
-    LogCapture log;
-    bool isNull = false;
-    onRenderThread([&]() { isNull = !MVNOgreMaterialManager::getSingleton()->getByName("Morvane/Missing"); });
-    EXPECT_TRUE(isNull);
+    EXPECT_TRUE(missingIsNull);
     EXPECT_EQ(log.count(MVNLogLevel::Error, kManagerTag, "not find material Morvane/Missing"), 1);
-    EXPECT_EQ(MVNOgreMaterialManager::getSingleton()->getCloneCount("Morvane/Missing"), 0);
+    EXPECT_EQ(manager->getCloneCount("Morvane/Missing"), 0);
 }
 
+// Two quads of the same script side by side: a uniform set on one shows on
+// that one only; a uniform its program lacks is skipped with a debug line.
 TEST_F(MaterialClones, UniformsOfTwoClipsOfOneScriptStayApart) {
-    // Two quads of the same script side by side; only the left one fades.
     BgraPicture green(32, 32, kGreen);
     Plane left(std::string(), 32, 32, W, H, 0, std::string(kOpacity));
     Plane right(std::string(), 32, 32, W, H, 0, std::string(kOpacity));
@@ -63,27 +77,22 @@ TEST_F(MaterialClones, UniformsOfTwoClipsOfOneScriptStayApart) {
     left.setGeometry(MVNRect(40, 40, 32, 32));
     right.setGeometry(MVNRect(200, 40, 32, 32));
     left.setUniformFloat("ufmOpacity", 0.25f, true);
-    Composition out(W, H);
-    ASSERT_TRUE(out.ok());
-    out.save("uniforms_apart");
-    // 25% green over magenta.
-    EXPECT_LE(maxColourDifference(out.at(50, 50), RGBA{191, 64, 191, 255}), 2) << out.at(50, 50);
-    EXPECT_EQ(out.at(210, 50), kGreen);
-}
-
-TEST_F(MaterialClones, UniformTheProgramLacksIsSkippedWithADebugLine) {
-    Plane plane(std::string(), 32, 32, W, H, 0, std::string(kOpacity));
-    BgraPicture green(32, 32, kGreen);
-    plane.updateTexture(green.data(), 32, 32);
-    plane.setGeometry(MVNRect(0, 0, 32, 32));
     LogCapture log;
-    plane.setUniformFloat("ufmNoSuchUniform", 3.0f, true);
+    right.setUniformFloat("ufmNoSuchUniform", 3.0f, true);
     EXPECT_EQ(log.count(MVNLogLevel::Debug, "MVNOgreTextureNodePlane", "setUniformFloat exception"), 1);
+    {
+        Composition out(W, H);
+        ASSERT_TRUE(out.ok());
+        out.save("uniforms_apart");
+        // 25% green over magenta.
+        EXPECT_LE(maxColourDifference(out.at(50, 50), RGBA{191, 64, 191, 255}), 2) << out.at(50, 50);
+        EXPECT_EQ(out.at(210, 50), kGreen);
+    }
     // From the render thread itself the call goes straight to the node.
-    onRenderThread([&]() { plane.setUniformFloat("ufmOpacity", 0.0f, false); });
+    onRenderThread([&]() { right.setUniformFloat("ufmOpacity", 0.0f, false); });
     Composition out(W, H);
     ASSERT_TRUE(out.ok());
-    EXPECT_EQ(out.at(10, 10), kMagenta);
+    EXPECT_EQ(out.at(210, 50), kMagenta);
 }
 
 TEST_F(MaterialClones, GeneratedMaterialIsMadeOnceAndClonedAfterwards) {
@@ -134,12 +143,7 @@ TEST_F(MaterialClones, GridMaterialDrawsBlueLinesOverThePicture) {
         pass->createTextureUnitState("GridPicture");
         pass->setSceneBlending(Ogre::SBT_TRANSPARENT_ALPHA);
         pass->setDepthWriteEnabled(false);
-        Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
-        Ogre::MeshManager::getSingleton().createPlane("GridMesh", Ogre::RGN_DEFAULT,
-                                                      Ogre::Plane(Ogre::Vector3::UNIT_Z, 0), W, H);
-        Ogre::Entity* e = scene->createEntity("GridEntity", "GridMesh");
-        e->setMaterial(grid);
-        scene->getRootSceneNode()->createChildSceneNode("GridNode")->attachObject(e);
+        showOnPlane(grid, W, H);
         materialName = grid->getName();
     });
     Composition out(W, H);
@@ -169,10 +173,7 @@ TEST_F(MaterialClones, GridMaterialDrawsBlueLinesOverThePicture) {
     EXPECT_GT(faintRows, lineRows);
     EXPECT_EQ(mixedRows, 0);
     onRenderThread([&]() {
-        Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
-        scene->destroySceneNode("GridNode");
-        scene->destroyEntity("GridEntity");
-        Ogre::MeshManager::getSingleton().remove("GridMesh", Ogre::RGN_DEFAULT);
+        removePlane();
         Ogre::MaterialManager::getSingleton().remove(materialName, Ogre::RGN_DEFAULT);
         Ogre::TextureManager::getSingleton().remove("GridPicture", Ogre::RGN_DEFAULT);
     });
@@ -187,12 +188,7 @@ TEST_F(MaterialClones, TransitionMaterialMixesItsTwoPicturesByProgress) {
         mix->updateTextureB(green.data(), 16, 16);
         mix->process(0.25f);
         mix->setUniformFloat("ufmNotInTheProgram", 1.0f);  // skipped without a word
-        Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
-        Ogre::MeshManager::getSingleton().createPlane("MixMesh", Ogre::RGN_DEFAULT,
-                                                      Ogre::Plane(Ogre::Vector3::UNIT_Z, 0), 64, 64);
-        Ogre::Entity* e = scene->createEntity("MixEntity", "MixMesh");
-        e->setMaterial(mix->getMaterial());
-        scene->getRootSceneNode()->createChildSceneNode("MixNode")->attachObject(e);
+        showOnPlane(mix->getMaterial(), 64, 64);
     });
     ASSERT_TRUE(mix->getMaterial());
     Composition out(W, H);
@@ -209,10 +205,7 @@ TEST_F(MaterialClones, TransitionMaterialMixesItsTwoPicturesByProgress) {
         } catch (const std::exception&) {
             threw = true;
         }
-        Ogre::SceneManager* scene = Ogre::Root::getSingleton().getSceneManager("MorvaneScene");
-        scene->destroySceneNode("MixNode");
-        scene->destroyEntity("MixEntity");
-        Ogre::MeshManager::getSingleton().remove("MixMesh", Ogre::RGN_DEFAULT);
+        removePlane();
         mix.reset();
     });
     EXPECT_TRUE(threw);

@@ -45,23 +45,7 @@ protected:
     std::vector<std::string> ids_;
 };
 
-TEST_F(ProducerServices, ColourClipShowsItsColourAtItsGeometry) {
-    MVNProperties props;
-    props.setString("service", "ogre.color");
-    props.setInt32("width", 64);
-    props.setInt32("height", 36);
-    props.setColor("color", MVNColor4B(255, 0, 0, 255));
-    MVNProducer* colour = make(props);
-    ASSERT_NE(colour, nullptr);
-    colour->setGeometry(MVNRect(200, 100, 96, 54));
-    EXPECT_EQ(show(colour, 0), MVN_COLOR_BGRA);
-    Composition out(W, H);
-    ASSERT_TRUE(out.ok());
-    out.save("colour_service");
-    EXPECT_EQ(out.countWrong(200, 100, 96, 54, kRed, kMagenta), 0);
-}
-
-TEST_F(ProducerServices, BorderOfAColourClipIsBlueInByteOrder) {
+TEST_F(ProducerServices, ColourClipShowsAtItsGeometryWithABorderBlueInByteOrder) {
     MVNProperties props;
     props.setString("service", "ogre.color");
     props.setInt32("width", 100);
@@ -71,9 +55,12 @@ TEST_F(ProducerServices, BorderOfAColourClipIsBlueInByteOrder) {
     MVNProducer* colour = make(props);
     ASSERT_NE(colour, nullptr);
     colour->setGeometry(MVNRect(10, 10, 100, 100));
-    show(colour, 0);
+    EXPECT_EQ(show(colour, 0), MVN_COLOR_BGRA);
     Composition out(W, H);
     ASSERT_TRUE(out.ok());
+    out.save("colour_service");
+    EXPECT_EQ(out.at(9, 60), kMagenta);
+    EXPECT_EQ(out.at(110, 60), kMagenta);
     // Four pixels on the top and left, three on the bottom and right.
     EXPECT_EQ(out.at(10, 109), kBlue);      // top-left corner
     EXPECT_EQ(out.at(13, 60), kBlue);       // fourth column
@@ -131,9 +118,6 @@ protected:
             t->getBuffer()->blitFromMemory(Ogre::PixelBox(64, 32, 1, Ogre::PF_BYTE_BGRA, picture.data()));
         });
     }
-    void TearDown() override {
-        ProducerServices::TearDown();
-    }
 };
 
 TEST_F(ImageProducer, ShowsTheNamedTextureWithBlankFrames) {
@@ -176,7 +160,6 @@ TEST_F(ImageProducer, RotationPropertyIsAppliedAndMinusOneIsNot) {
     Composition out(W, H);
     ASSERT_TRUE(out.ok());
     EXPECT_EQ(out.countWrong(144, 58, 32, 64, kRed, kMagenta), 8 * 8);
-    EXPECT_EQ(out.at(145, 59), kGreen);  // the top-left marker went to the bottom left
 }
 
 TEST_F(ImageProducer, EndOfClipReleasesTheQuadOnlyWhenRendering) {

@@ -44,22 +44,14 @@ struct BgraPicture {
     uint8_t* data() { return bytes.data(); }
 };
 
-// The composed picture, read back once; released at the end of the scope.
-class Composition {
+// The composed picture in profile coordinates, read back once; released at
+// the end of the scope.
+class Composition : public RenderImage {
 public:
-    Composition(int w, int h) : width_(w), height_(h) {
-        image_ = Morvane::MVNOgreManager::getSingleton()->getRenderImage();
-    }
-    ~Composition() {
-        if (image_) Morvane::MVNByteBufferPool::sRelease(image_);
-    }
-    Composition(const Composition&) = delete;
-    Composition& operator=(const Composition&) = delete;
+    Composition(int w, int h) : RenderImage(w, h) {}
 
-    bool ok() const { return image_ != nullptr && image_->size() == width_ * height_ * 4; }
     // Pixel (x, y) of the profile, y counted from the bottom.
     RGBA at(int x, int y) const { return picture().at(x, height_ - 1 - y); }
-    Picture picture() const { return Picture{image_->ptr(), width_, height_}; }
     void save(const std::string& name) const { picture().save(name + ".png"); }
 
     // Pixels inside the profile rectangle (x, y, w, h) that aren't `inside`,
@@ -93,10 +85,6 @@ private:
         }
         return n;
     }
-
-    int width_;
-    int height_;
-    Morvane::MVNByteBuffer* image_ = nullptr;
 };
 
 // Largest difference of the colour channels (alpha left out).

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "GpuTestSupport.h"
-#include "LogCapture.h"
-#include "MVNByteBufferPool.h"
 #include "MVNOgreContext.h"
 #include "MVNOgreRenderReader.h"
 
@@ -24,14 +22,8 @@ std::ostream& operator<<(std::ostream& os, const ReaderCase& c) { return os << c
 
 class ReaderRoundTrip : public ::testing::TestWithParam<ReaderCase> {
 protected:
-    void SetUp() override {
-        touchMarker("not_full_screen");
-        touchMarker(GetParam().marker);
-    }
-    void TearDown() override {
-        removeMarker(GetParam().marker);
-        removeMarker("not_full_screen");
-    }
+    Marker windowed{"not_full_screen"};
+    Marker reader{GetParam().marker};
 };
 
 constexpr int W = 160;
@@ -50,12 +42,12 @@ TEST_P(ReaderRoundTrip, MarkersComeBackAtTheirPixelsWithExactBytes) {
     TestScene::addRect("inner", 40, 20, 16, 16, kBlue);
     if (GetParam().renderFirst) MVNOgreManager::getSingleton()->renderOneFrame();
 
-    MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-    ASSERT_NE(image, nullptr);
-    ASSERT_EQ(image->size(), W * H * 4);
-    Picture pic{image->ptr(), W, H};
+    RenderImage image(W, H);
+    ASSERT_TRUE(image.ok());
+    Picture pic = image.picture();
     pic.save(std::string("reader_") + GetParam().marker + ".png");
 
+    // Each marker's two opposite corners and the background just past them.
     EXPECT_EQ(pic.at(0, 0), kRed);
     EXPECT_EQ(pic.at(7, 5), kRed);
     EXPECT_EQ(pic.at(8, 0), kMagenta);
@@ -67,10 +59,8 @@ TEST_P(ReaderRoundTrip, MarkersComeBackAtTheirPixelsWithExactBytes) {
     EXPECT_EQ(pic.at(40, 20), kBlue);
     EXPECT_EQ(pic.at(55, 35), kBlue);
     EXPECT_EQ(pic.at(56, 35), kMagenta);
-    EXPECT_EQ(pic.at(W / 2 + 20, H / 2), kMagenta);
     EXPECT_EQ(pic.at(0, H - 1), kMagenta);
     EXPECT_EQ(pic.at(W - 1, 0), kMagenta);
-    MVNByteBufferPool::sRelease(image);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllReaders, ReaderRoundTrip,

@@ -44,8 +44,6 @@ struct ModeCase {
 class RenderConsumerModes : public ::testing::TestWithParam<ModeCase> {
 protected:
     void SetUp() override {
-        touchMarker("not_full_screen");
-        touchMarker(GetParam().marker);
         rs.reset(new MVNOgreRenderSystem(MVNProfile(W, H, 25), 0, 0));
         ASSERT_EQ(rs->init(), 0);
         TestScene::setBackground(kMagenta);
@@ -53,9 +51,9 @@ protected:
     void TearDown() override {
         TestScene::clear();
         rs->release();
-        removeMarker(GetParam().marker);
-        removeMarker("not_full_screen");
     }
+    Marker windowed{"not_full_screen"};
+    Marker reader{GetParam().marker};
     std::unique_ptr<MVNOgreRenderSystem> rs;
 };
 
@@ -95,12 +93,10 @@ TEST_P(RenderConsumerModes, SinkThatRefusesStopsTheRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, RenderConsumerModes,
-                         ::testing::Values(ModeCase{"sync_rtt", "read_use_rtt", MVNRenderConsumer::READ_SYNC},
-                                           ModeCase{"sync_rtt_sample", "read_use_rtt_sample",
+                         ::testing::Values(ModeCase{"sync_rtt_sample", "read_use_rtt_sample",
                                                     MVNRenderConsumer::READ_SYNC},
-                                           ModeCase{"async_rtt", "read_use_rtt", MVNRenderConsumer::READ_ASYNC},
-                                           ModeCase{"listener_rtt", "read_use_rtt", MVNRenderConsumer::READ_LISTENER},
-                                           ModeCase{"async_direct", "read_use_direct", MVNRenderConsumer::READ_ASYNC}),
+                                           ModeCase{"async_direct", "read_use_direct", MVNRenderConsumer::READ_ASYNC},
+                                           ModeCase{"listener_rtt", "read_use_rtt", MVNRenderConsumer::READ_LISTENER}),
                          [](const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; });
 
 TEST(RenderConsumer, WithoutAProducerNothingRunsAndTheReasonIsLogged) {
@@ -112,7 +108,7 @@ TEST(RenderConsumer, WithoutAProducerNothingRunsAndTheReasonIsLogged) {
 }
 
 TEST(RenderConsumer, StartedRunCoversTheProducersPositions) {
-    touchMarker("not_full_screen");
+    Marker windowed("not_full_screen");
     {
         MVNOgreRenderSystem rs(MVNProfile(W, H, 25), 0, 0);
         ASSERT_EQ(rs.init(), 0);
@@ -133,7 +129,6 @@ TEST(RenderConsumer, StartedRunCoversTheProducersPositions) {
         TestScene::clear();
         rs.release();
     }
-    removeMarker("not_full_screen");
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "FramePool.h"
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -10,7 +10,7 @@
 #include "FramePool.h"
 #include "GPUInfo.h"
 #include "HardwareDecoderOpener.h"
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 #include "OutputSize.h"
 #include "StreamScanner.h"
 #include "but/AutoLock.h"

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "FramePool.h"
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 #include "StreamScanner.h"
 #include "but/AutoLock.h"
 

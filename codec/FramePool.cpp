@@ -1,6 +1,6 @@
 #include "FramePool.h"
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 #include "but/AutoLock.h"
 
 namespace codec {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -1,6 +1,6 @@
 #include "KeyInfo.h"
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 namespace codec {
 

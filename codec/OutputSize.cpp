@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 extern "C" {
 #include <libavutil/rational.h>

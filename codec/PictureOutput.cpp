@@ -1,6 +1,6 @@
 #include "PictureOutput.h"
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 extern "C" {
 #include <libavutil/frame.h>

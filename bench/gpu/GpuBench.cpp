@@ -33,13 +33,13 @@
 #include <string>
 #include <vector>
 
-#include "MVNByteBuffer.h"
-#include "MVNByteBufferPool.h"
-#include "MVNOgreContext.h"
-#include "MVNOgreManager.h"
-#include "MVNOgreRenderReader.h"
-#include "MVNOgreTextureNodePlane.h"
-#include "MVNOgreTextureNodeThread.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
+#include "engine/MVNOgreContext.h"
+#include "engine/MVNOgreManager.h"
+#include "readers/MVNOgreRenderReader.h"
+#include "scene/MVNOgreTextureNodePlane.h"
+#include "scene/MVNOgreTextureNodeThread.h"
 
 using namespace Morvane;
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "MVNByteBuffer.h"
-#include "MVNByteBufferPool.h"
-#include "MVNOgreContextBase.h"
-#include "MVNOgreManager.h"
-#include "MVNOgreRenderTexture.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
+#include "engine/MVNOgreContextBase.h"
+#include "engine/MVNOgreManager.h"
+#include "scene/MVNOgreRenderTexture.h"
 
 using namespace Morvane;
 

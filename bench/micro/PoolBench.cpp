@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "MVNByteBuffer.h"
-#include "MVNByteBufferPool.h"
-#include "MVNFrame.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
+#include "core/MVNFrame.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "MVNOgreManager.h"
-#include "MVNProfile.h"
+#include "engine/MVNOgreManager.h"
+#include "core/MVNProfile.h"
 
 namespace {
 

@@ -7,7 +7,7 @@ Outputs, under ROOT (the repository by default):
   media/materials/filters.program             the shared vertex program and
                                               every fragment program variant
   media/materials/filters_<family>.material   one material per filter name
-  modules/ogre/src/MVNFilterCatalogue.inc     the table the filter service reads
+  modules/ogre/src/filters/MVNFilterCatalogue.inc    the table the filter service reads
 
 Before writing, every uniform that the processor may send to a filter and
 every constant that a material sets is checked against the declarations of
@@ -319,7 +319,7 @@ def outputs():
         family_rows = [r for r in all_rows if r["family"] == family]
         files[os.path.join("media", "materials", "filters_%s.material" % family)] = \
             write_material_script(family, family_rows)
-    files[os.path.join("modules", "ogre", "src", "MVNFilterCatalogue.inc")] = write_cpp_table(all_rows)
+    files[os.path.join("modules", "ogre", "src", "filters", "MVNFilterCatalogue.inc")] = write_cpp_table(all_rows)
     return files
 
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 namespace MorvaneTest {
 

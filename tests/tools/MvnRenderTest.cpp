@@ -14,9 +14,9 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "MVNByteBuffer.h"
-#include "MVNFrame.h"
-#include "MVNImage.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNFrame.h"
+#include "core/MVNImage.h"
 
 namespace fs = std::filesystem;
 using namespace Morvane;

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "FFmpegDecoderImplAsync.h"
-#include "MVNLog.h"
+#include "core/MVNLog.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>

@@ -19,16 +19,16 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-#include "MVNFactory.h"
-#include "MVNLog.h"
-#include "MVNModule.h"
+#include "services/MVNFactory.h"
+#include "core/MVNLog.h"
+#include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
 #include "MVNProgress.h"
-#include "MVNProjectLoader.h"
-#include "MVNProperties.h"
-#include "MVNRenderConsumer.h"
-#include "MVNRenderSystem.h"
-#include "MVNTractor.h"
+#include "timeline/MVNProjectLoader.h"
+#include "services/MVNProperties.h"
+#include "timeline/MVNRenderConsumer.h"
+#include "services/MVNRenderSystem.h"
+#include "timeline/MVNTractor.h"
 #include "MVNVirtualDisplay.h"
 
 using namespace Morvane;

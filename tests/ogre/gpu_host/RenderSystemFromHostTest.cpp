@@ -8,15 +8,15 @@
 #include <memory>
 #include <vector>
 
-#include "MVNByteBuffer.h"
-#include "MVNByteBufferPool.h"
-#include "MVNFactory.h"
-#include "MVNFrame.h"
-#include "MVNModule.h"
-#include "MVNProfile.h"
-#include "MVNProperties.h"
-#include "MVNRenderSystem.h"
-#include "MVNRenderTexture.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
+#include "services/MVNFactory.h"
+#include "core/MVNFrame.h"
+#include "timeline/MVNModule.h"
+#include "core/MVNProfile.h"
+#include "services/MVNProperties.h"
+#include "services/MVNRenderSystem.h"
+#include "services/MVNRenderTexture.h"
 #include "XvfbDisplay.h"
 
 using namespace Morvane;

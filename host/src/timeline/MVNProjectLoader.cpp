@@ -1,0 +1,428 @@
+#include "timeline/MVNProjectLoader.h"
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "services/MVNFactory.h"
+#include "services/MVNFilter.h"
+#include "core/MVNLog.h"
+#include "timeline/MVNPlaylist.h"
+#include "services/MVNProducer.h"
+#include "services/MVNProperties.h"
+#include "core/MVNRect.h"
+#include "timeline/MVNRepository.h"
+#include "timeline/MVNTractor.h"
+
+namespace Morvane {
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+const char* kTag = "Morvane::MVNProjectLoader";
+
+// A problem at a JSON path; thrown while checking, caught by load.
+struct ProjectError {
+    std::string path;
+    std::string reason;
+};
+
+[[noreturn]] void fail(const std::string& path, const std::string& reason) { throw ProjectError{path, reason}; }
+
+std::string typeName(const json& v) { return v.type_name(); }
+
+// What the check found, ready to build without further questions.
+struct FilterPlan {
+    std::string path;
+    MVNProperties properties;
+};
+
+struct ClipPlan {
+    std::string path;
+    int blank = 0;  // > 0: a blank of that many frames
+    MVNProperties properties;
+    int in = 0;
+    int length = 0;
+    bool hasGeometry = false;
+    MVNRect geometry;  // host convention: bottom-left origin
+    std::vector<FilterPlan> filters;
+};
+
+struct TrackPlan {
+    std::vector<ClipPlan> clips;
+};
+
+int requireInt(const json& v, const std::string& path, int min) {
+    if (!v.is_number_integer()) fail(path, "expected an integer, got " + typeName(v));
+    long long n = v.get<long long>();
+    if (n < min) fail(path, "must be at least " + std::to_string(min) + ", got " + std::to_string(n));
+    if (n > 100000000LL) fail(path, "too large: " + std::to_string(n));
+    return static_cast<int>(n);
+}
+
+const std::string& requireString(const json& v, const std::string& path) {
+    if (!v.is_string()) fail(path, "expected a string, got " + typeName(v));
+    const std::string& s = v.get_ref<const std::string&>();
+    if (s.empty()) fail(path, "must not be empty");
+    return s;
+}
+
+void copyProperties(const json& v, const std::string& path, MVNProperties& out) {
+    if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
+    for (auto it = v.begin(); it != v.end(); ++it) {
+        const std::string key = it.key();
+        const json& value = it.value();
+        const std::string at = path + "." + key;
+        if (value.is_boolean()) {
+            out.setBoolean(key.c_str(), value.get<bool>());
+        } else if (value.is_number_integer()) {
+            long long n = value.get<long long>();
+            if (n < INT32_MIN || n > INT32_MAX) fail(at, "integer out of range");
+            out.setInt32(key.c_str(), static_cast<int>(n));
+        } else if (value.is_number()) {
+            out.setDouble(key.c_str(), value.get<double>());
+        } else if (value.is_string()) {
+            out.setString(key.c_str(), value.get<std::string>());
+        } else {
+            fail(at, "expected a string, a number or a boolean, got " + typeName(value));
+        }
+    }
+}
+
+MVNProfile parseProfile(const json& root, const std::string& override, std::string& where) {
+    if (!override.empty()) {
+        where = "--profile";
+        MVNProfile p(override);
+        if (!p.isValid()) fail("profile", "unknown profile \"" + override + "\"");
+        return p;
+    }
+    if (!root.contains("profile")) fail("profile", "missing");
+    const json& v = root["profile"];
+    if (v.is_string()) {
+        MVNProfile p(v.get<std::string>());
+        if (!p.isValid()) fail("profile", "unknown profile \"" + v.get<std::string>() + "\"");
+        return p;
+    }
+    if (!v.is_object()) fail("profile", "expected a name or an object, got " + typeName(v));
+    for (const char* key : {"width", "height", "fps"}) {
+        if (!v.contains(key)) fail(std::string("profile.") + key, "missing");
+    }
+    int width = requireInt(v["width"], "profile.width", 2);
+    int height = requireInt(v["height"], "profile.height", 2);
+    if (width % 2 || height % 2) fail("profile", "width and height must be even");
+    const json& fps = v["fps"];
+    if (!fps.is_number() || fps.get<double>() <= 0 || fps.get<double>() > 1000) {
+        fail("profile.fps", "expected a positive number");
+    }
+    double f = fps.get<double>();
+    // Whole rates stay whole; the NTSC rates become their exact fractions.
+    int num = static_cast<int>(std::lround(f * 1000));
+    int den = 1000;
+    if (std::fabs(f - std::round(f)) < 1e-9) {
+        num = static_cast<int>(std::lround(f));
+        den = 1;
+    } else if (std::fabs(f * 1001 / 1000 - std::round(f * 1001 / 1000)) < 1e-3) {
+        num = static_cast<int>(std::lround(f * 1001 / 1000)) * 1000;
+        den = 1001;
+    }
+    return MVNProfile(width, height, num, den);
+}
+
+// Resolves a file named by a project against its folder. Pictures are
+// found by the renderer through resource locations, so the plan keeps the
+// file's name and adds its folder to `locations`.
+std::string resolvePicture(const std::string& resource, const std::string& folder, const std::string& path,
+                           std::vector<std::string>& locations) {
+    fs::path p(resource);
+    fs::path full = p.is_absolute() ? p : fs::path(folder) / p;
+    std::error_code ec;
+    if (!fs::is_regular_file(full, ec)) fail(path, "file not found: " + full.lexically_normal().string());
+    fs::path parent = fs::absolute(full, ec).lexically_normal().parent_path();
+    std::string dir = parent.string();
+    if (std::find(locations.begin(), locations.end(), dir) == locations.end()) locations.push_back(dir);
+    return full.filename().string();
+}
+
+// A filter's resource is usually a name ("BrightnessFilter"); a file beside
+// the project (a LUT) is passed on with its absolute path.
+std::string resolveFilterResource(const std::string& resource, const std::string& folder) {
+    fs::path p(resource);
+    if (p.is_absolute()) return resource;
+    std::error_code ec;
+    fs::path full = fs::path(folder) / p;
+    if (fs::is_regular_file(full, ec)) return full.lexically_normal().string();
+    return resource;
+}
+
+void checkService(const std::string& name, MVNServiceType want, const std::string& path) {
+    MVNRepository* repo = MVNRepository::getSingleton();
+    if (!repo->hasService(name)) fail(path, "unknown service \"" + name + "\"");
+    MVNServiceType type = repo->serviceType(name);
+    if (want == MVN_SERVICE_FILTER && type != MVN_SERVICE_FILTER) {
+        fail(path, "\"" + name + "\" is not a filter");
+    }
+    if (want != MVN_SERVICE_FILTER && type == MVN_SERVICE_FILTER) {
+        fail(path, "\"" + name + "\" is a filter, not a clip");
+    }
+}
+
+FilterPlan planFilter(const json& v, const std::string& path, const std::string& folder) {
+    if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
+    FilterPlan plan;
+    plan.path = path;
+    if (!v.contains("service")) fail(path + ".service", "missing");
+    const std::string& service = requireString(v["service"], path + ".service");
+    checkService(service, MVN_SERVICE_FILTER, path + ".service");
+    if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
+    plan.properties.setString("service", service);
+    if (v.contains("resource")) {
+        plan.properties.setString("resource",
+                                  resolveFilterResource(requireString(v["resource"], path + ".resource"), folder));
+    }
+    for (auto it = v.begin(); it != v.end(); ++it) {
+        if (it.key() != "service" && it.key() != "resource" && it.key() != "properties") {
+            fail(path + "." + it.key(), "unknown key");
+        }
+    }
+    return plan;
+}
+
+ClipPlan planClip(const json& v, const std::string& path, int track, const MVNProfile& profile,
+                  const std::string& folder, std::vector<std::string>& locations) {
+    if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
+    ClipPlan plan;
+    plan.path = path;
+    if (v.contains("blank")) {
+        if (v.size() != 1) fail(path, "a blank takes no other key");
+        plan.blank = requireInt(v["blank"], path + ".blank", 1);
+        return plan;
+    }
+    static const char* known[] = {"service", "length", "in", "resource", "geometry", "properties", "filters"};
+    for (auto it = v.begin(); it != v.end(); ++it) {
+        if (std::find_if(std::begin(known), std::end(known), [&](const char* k) { return it.key() == k; }) ==
+            std::end(known)) {
+            fail(path + "." + it.key(), "unknown key");
+        }
+    }
+    if (!v.contains("service")) fail(path + ".service", "missing");
+    const std::string& service = requireString(v["service"], path + ".service");
+    checkService(service, MVN_SERVICE_PRODUCER, path + ".service");
+    if (!v.contains("length")) fail(path + ".length", "missing");
+    plan.length = requireInt(v["length"], path + ".length", 1);
+    if (v.contains("in")) plan.in = requireInt(v["in"], path + ".in", 0);
+
+    if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
+    plan.properties.setString("service", service);
+    if (v.contains("resource")) {
+        plan.properties.setString(
+            "resource", resolvePicture(requireString(v["resource"], path + ".resource"), folder, path + ".resource",
+                                       locations));
+    }
+    // The track decides what is drawn over what.
+    plan.properties.setInt32("zOrder", track + 1);
+
+    if (v.contains("geometry")) {
+        const std::string& text = requireString(v["geometry"], path + ".geometry");
+        MVNRect r;
+        if (!r.fromString(text)) fail(path + ".geometry", "expected \"[x:y wxh]\", got \"" + text + "\"");
+        if (!(r.width > 0) || !(r.height > 0)) fail(path + ".geometry", "width and height must be positive");
+        // Users place clips from the top-left corner, y down; the timeline
+        // measures from the bottom-left corner, y up.
+        plan.geometry = r.leftBottomToLeftTop(static_cast<float>(profile.width()),
+                                              static_cast<float>(profile.height()));
+        plan.hasGeometry = true;
+    }
+    if (v.contains("filters")) {
+        const json& filters = v["filters"];
+        if (!filters.is_array()) fail(path + ".filters", "expected a list, got " + typeName(filters));
+        for (size_t i = 0; i < filters.size(); ++i) {
+            plan.filters.push_back(planFilter(filters[i], path + ".filters[" + std::to_string(i) + "]", folder));
+        }
+    }
+    return plan;
+}
+
+std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, const std::string& folder,
+                                  std::vector<std::string>& locations) {
+    if (!root.contains("tracks")) fail("tracks", "missing");
+    const json& tracks = root["tracks"];
+    if (!tracks.is_array()) fail("tracks", "expected a list, got " + typeName(tracks));
+    if (tracks.empty()) fail("tracks", "no track to render");
+    std::vector<TrackPlan> plans;
+    for (size_t t = 0; t < tracks.size(); ++t) {
+        const std::string tpath = "tracks[" + std::to_string(t) + "]";
+        const json& track = tracks[t];
+        if (!track.is_object()) fail(tpath, "expected an object, got " + typeName(track));
+        for (auto it = track.begin(); it != track.end(); ++it) {
+            if (it.key() != "clips") fail(tpath + "." + it.key(), "unknown key");
+        }
+        if (!track.contains("clips")) fail(tpath + ".clips", "missing");
+        const json& clips = track["clips"];
+        if (!clips.is_array()) fail(tpath + ".clips", "expected a list, got " + typeName(clips));
+        TrackPlan plan;
+        for (size_t c = 0; c < clips.size(); ++c) {
+            plan.clips.push_back(planClip(clips[c], tpath + ".clips[" + std::to_string(c) + "]",
+                                          static_cast<int>(t), profile, folder, locations));
+        }
+        plans.push_back(std::move(plan));
+    }
+    return plans;
+}
+
+// Builds what the plans describe; throws ProjectError after a refusal (the
+// caller destroys what was built).
+void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
+    MVNFactory* factory = MVNFactory::getSingleton();
+    const MVNProfile& profile = project.profile;
+    MVNProperties none;
+    std::string tractorId = factory->createTractor(profile, none);
+    if (tractorId.empty()) fail("tracks", "the tractor could not be built (see the log)");
+    project.serviceIds.push_back(tractorId);
+    project.tractorId = tractorId;
+    MVNTractor* tractor = factory->getTractorById(tractorId);
+
+    for (size_t t = 0; t < plans.size(); ++t) {
+        const std::string tpath = "tracks[" + std::to_string(t) + "]";
+        std::string playlistId = factory->createPlaylist(profile, none);
+        if (playlistId.empty()) fail(tpath, "the playlist could not be built (see the log)");
+        project.serviceIds.push_back(playlistId);
+        MVNPlaylist* playlist = factory->getPlaylistById(playlistId);
+
+        for (const ClipPlan& clip : plans[t].clips) {
+            if (clip.blank > 0) {
+                if (playlist->appendBlank(clip.blank) != 0) fail(clip.path, "the blank was refused");
+                continue;
+            }
+            std::string id = factory->createProducer(profile, clip.properties);
+            if (id.empty()) {
+                fail(clip.path, "service \"" + clip.properties.getString("service", "") +
+                                    "\" refused the clip (see the log)");
+            }
+            project.serviceIds.push_back(id);
+            MVNProducer* producer = factory->getProducerById(id);
+            // After init, which sets a producer's own default timing.
+            int out = clip.in + clip.length - 1;
+            if (producer->getLength() < out + 1) producer->setLength(out + 1);
+            producer->setInAndOut(clip.in, out);
+            if (clip.hasGeometry) producer->setGeometry(clip.geometry);
+
+            for (const FilterPlan& f : clip.filters) {
+                std::string fid = factory->createFilter(profile, f.properties);
+                if (fid.empty()) {
+                    fail(f.path, "service \"" + f.properties.getString("service", "") +
+                                     "\" refused the filter (see the log)");
+                }
+                project.serviceIds.push_back(fid);
+                if (producer->attach(factory->getFilterById(fid)) != 0) fail(f.path, "the filter could not be attached");
+            }
+            if (playlist->append(id) != 0) fail(clip.path, "the playlist refused the clip");
+        }
+        if (tractor->setTrack(playlistId, -1) != 0) fail(tpath, "the tractor refused the track");
+        project.length = std::max(project.length, playlist->totalLength());
+    }
+    tractor->refresh();
+}
+
+}  // namespace
+
+struct MVNProjectLoader::Plan {
+    std::vector<TrackPlan> tracks;
+};
+
+MVNProjectLoader::MVNProjectLoader() = default;
+MVNProjectLoader::~MVNProjectLoader() = default;
+
+int MVNProjectLoader::read(const std::string& path, MVNProject& project, const std::string& profileOverride) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        mError = path + ": cannot open the project file";
+        mPlan.reset();
+        return -1;
+    }
+    std::ostringstream text;
+    text << in.rdbuf();
+    return readFromString(text.str(), path, project, profileOverride);
+}
+
+int MVNProjectLoader::readFromString(const std::string& text, const std::string& path, MVNProject& project,
+                                     const std::string& profileOverride) {
+    mError.clear();
+    mPlan.reset();
+    mPath = path;
+    project = MVNProject();
+    std::error_code ec;
+    project.path = fs::absolute(path, ec).lexically_normal().string();
+    project.folder = fs::path(project.path).parent_path().string();
+    project.resourceLocations.push_back(project.folder);
+
+    json root;
+    try {
+        root = json::parse(text);
+    } catch (const json::parse_error& e) {
+        mError = path + ": not valid JSON: " + e.what();
+        return -1;
+    }
+    std::string where;
+    try {
+        if (!root.is_object()) fail("(top)", "expected an object, got " + typeName(root));
+        for (auto it = root.begin(); it != root.end(); ++it) {
+            if (it.key() != "profile" && it.key() != "tracks") fail(it.key(), "unknown key");
+        }
+        project.profile = parseProfile(root, profileOverride, where);
+        where.clear();
+        auto plan = std::make_unique<Plan>();
+        plan->tracks = planTracks(root, project.profile, project.folder, project.resourceLocations);
+        mPlan = std::move(plan);
+    } catch (const ProjectError& e) {
+        mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;
+        log_info(kTag, "%s", mError.c_str());
+        return -1;
+    }
+    return 0;
+}
+
+int MVNProjectLoader::build(MVNProject& project) {
+    if (!mPlan) {
+        mError = mPath + ": nothing read to build";
+        return -1;
+    }
+    try {
+        buildTracks(mPlan->tracks, project);
+        if (project.length <= 0) fail("tracks", "nothing to render: every track is empty");
+    } catch (const ProjectError& e) {
+        mError = mPath + ": " + e.path + ": " + e.reason;
+        log_info(kTag, "%s", mError.c_str());
+        unload(project);
+        return -1;
+    }
+    log_info(kTag, "%s: %zu services, %d frames at %dx%d", mPath.c_str(), project.serviceIds.size(),
+             project.length, project.profile.width(), project.profile.height());
+    return 0;
+}
+
+int MVNProjectLoader::load(const std::string& path, MVNProject& project, const std::string& profileOverride) {
+    if (read(path, project, profileOverride) != 0) return -1;
+    return build(project);
+}
+
+int MVNProjectLoader::loadFromString(const std::string& text, const std::string& path, MVNProject& project,
+                                     const std::string& profileOverride) {
+    if (readFromString(text, path, project, profileOverride) != 0) return -1;
+    return build(project);
+}
+
+void MVNProjectLoader::unload(MVNProject& project) {
+    MVNFactory* factory = MVNFactory::getSingleton();
+    for (auto it = project.serviceIds.rbegin(); it != project.serviceIds.rend(); ++it) {
+        factory->destroyService(*it);
+    }
+    project.serviceIds.clear();
+    project.tractorId.clear();
+    project.length = 0;
+}
+
+}  // namespace Morvane

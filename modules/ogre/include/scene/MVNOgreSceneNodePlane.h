@@ -1,0 +1,66 @@
+#pragma once
+#include <string>
+
+#include "MVNOgreExport.h"
+#include "MVNOgreForward.h"
+#include "scene/MVNOgreSceneNodeImpl.h"
+
+namespace Morvane {
+
+class MVNOgreAnimation;
+
+// A quad in the 3D scene: a plane mesh of width x height at depth zOrder,
+// its entity and a child of the scene's root node. Every quad lies in render
+// queue group 50 with its zOrder as priority, so a higher zOrder is drawn
+// later, over the lower ones, whatever the distance (a zOrder above 65535
+// wraps). The scene manager is looked up by name for each use, so it must
+// exist when the node is built and destroyed. Render thread only.
+class MVN_OGRE_API MVNOgreSceneNodePlane : public MVNOgreSceneNodeImpl {
+public:
+    MVNOgreSceneNodePlane(const std::string& sceneName, Ogre::MaterialPtr material, int width, int height, int zOrder,
+                          const Ogre::Vector3& position);
+    ~MVNOgreSceneNodePlane() override;
+    MVNOgreSceneNodePlane(const MVNOgreSceneNodePlane&) = delete;
+    MVNOgreSceneNodePlane& operator=(const MVNOgreSceneNodePlane&) = delete;
+
+    void setPosition(float x, float y, float z) override;
+    void setCorners(float left, float top, float right, float bottom) override {}
+    void setVisible(bool visible) override;
+    void setAnimation(int type) override;
+    void updateAnimation(int position) override;
+    void* getAnimationObject() override;
+    void setRotation(int degrees) override;
+    // Rebuilds the entity with its plane at the new depth; the material and
+    // the node's position stay.
+    void setZOrder(int zOrder) override;
+
+    Ogre::SceneNode* getNode() const { return node; }
+    const std::string& getEntityName() const { return entityName; }
+    const std::string& getMeshName() const { return meshName; }
+    int getWidth() const { return width; }
+    int getHeight() const { return height; }
+
+private:
+    // Builds mesh and entity of width x height anew, dropping old ones of
+    // the same names.
+    void _createEntity(const std::string& meshName, const std::string& entityName, int width, int height, int zOrder);
+    // Puts the entity in its queue slot, gives it the material and hangs it
+    // on the node.
+    void _attachEntity();
+
+    Ogre::SceneNode* node = nullptr;          // child of the scene's root
+    std::string sceneName;                    // engine scene manager it lives in
+    std::string entityName;                   // generated from "CSNEntity"
+    std::string meshName;                     // generated from "CSNMesh"
+    std::string nodeName;                     // generated from "SceneNodePlane"; kept, unused by the engine
+    MVNOgreAnimation* animation = nullptr;    // clip animation; nothing in the module attaches one, so null
+    int animationType = 0;                    // last setAnimation
+    float position[3] = {0, 0, 0};            // last position
+    int rotation = 0;                         // degrees applied to the node so far
+    int zOrder = 0;
+    std::shared_ptr<Ogre::Material> material;  // shared with the owning texture node's material
+    int width = 0;                             // mesh size in world units
+    int height = 0;
+};
+
+}  // namespace Morvane

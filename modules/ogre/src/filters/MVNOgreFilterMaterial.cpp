@@ -1,0 +1,186 @@
+#include "filters/MVNOgreFilterMaterial.h"
+
+#include <Ogre.h>
+
+#include <cmath>
+
+#include "core/MVNGeneratorStringId.h"
+#include "core/MVNLog.h"
+#include "engine/MVNOgreManager.h"
+#include "scene/MVNOgreMaterialFilter.h"
+#include "scene/MVNOgreSceneNodePlane.h"
+
+namespace Morvane {
+
+namespace {
+const char* const kTag = "MVNOgreFilterMaterial";
+const char* const kSharedScene = "MorvaneScene";
+
+// A side of the quad in whole world units, rounded as the texture nodes do
+// so that a filtered clip covers exactly the pixels of an unfiltered one.
+int quadSide(float side, float scale) { return static_cast<int>(std::lround(side * scale)); }
+}  // namespace
+
+MVNOgreFilterMaterial::MVNOgreFilterMaterial(const std::string& materialName, int width, int height, int zOrder,
+                                             std::string textureName, int animation)
+    : mMaterialName(materialName),
+      mTextureName(std::move(textureName)),
+      mZOrder(zOrder),
+      mWidth(width),
+      mHeight(height),
+      mId(MVNGeneratorStringId::getSingleton()->genStringId("FilterMaterial")),
+      mAnimation(animation) {}
+
+MVNOgreFilterMaterial::~MVNOgreFilterMaterial() {
+    if (mNode || mMaterial) release();
+}
+
+// The perspective correction: a quad nearer the camera by zOrder must be
+// smaller by this ratio to cover the same pixels.
+float MVNOgreFilterMaterial::_scale() const {
+    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
+    if (distance <= 0.0f) return 1.0f;
+    return (distance - static_cast<float>(mZOrder)) / distance;
+}
+
+int MVNOgreFilterMaterial::init() {
+    MVNOgreManager::getSingleton()->callRenderableWait([this]() { _init(); }, "filterInit");
+    if (mNode == nullptr) {
+        log_error(kTag, "init failed");
+        return -1;
+    }
+    return 0;
+}
+
+void MVNOgreFilterMaterial::_init() {
+    mSize[0] = static_cast<float>(mWidth);
+    mSize[1] = static_cast<float>(mHeight);
+    mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, mTextureName);
+    if (!mMaterial->getMaterial()) {
+        log_error(kTag, "MaterialImpl create error");
+        delete mMaterial;
+        mMaterial = nullptr;
+        return;
+    }
+    float scale = _scale();
+    mNode = new MVNOgreSceneNodePlane(kSharedScene, mMaterial->getMaterial(), quadSide(mSize[0], scale),
+                                      quadSide(mSize[1], scale), mZOrder,
+                                      Ogre::Vector3(0, 0, static_cast<float>(mZOrder)));
+    mNode->setAnimation(mAnimation);
+    mNode->setRotation(mRotation);
+}
+
+void MVNOgreFilterMaterial::release() {
+    MVNOgreManager::getSingleton()->callRenderableWait([this]() { _release(); }, "filterRelease");
+}
+
+void MVNOgreFilterMaterial::_release() {
+    // The quad goes before the material it is drawn with.
+    delete mNode;
+    mNode = nullptr;
+    delete mMaterial;
+    mMaterial = nullptr;
+}
+
+void MVNOgreFilterMaterial::updateTexture(unsigned char* data, int width, int height) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            if (mMaterial) mMaterial->updateTexture(data, width, height);
+        },
+        "filterUpdateTexture");
+}
+
+void MVNOgreFilterMaterial::setGeometry(const MVNRect& rect) {
+    MVNOgreManager::getSingleton()->callRenderableWait([&]() { _setGeometry(rect); }, "fitlerSetGeo");
+}
+
+void MVNOgreFilterMaterial::_setGeometry(const MVNRect& rect) {
+    mGeometry = rect;
+    if (mNode == nullptr) return;
+    MVNRect world = MVNOgreManager::getSingleton()->adjustGeometryProfileToWorld(rect);
+    MVNPoint centre = world.center();
+    float scale = _scale();
+    float x = centre.x * scale;
+    float y = centre.y * scale;
+    float z = static_cast<float>(mZOrder);
+    if (world.width == mSize[0] && world.height == mSize[1]) {
+        mNode->setPosition(x, y, z);
+        return;
+    }
+    mSize[0] = world.width;
+    mSize[1] = world.height;
+    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+}
+
+void MVNOgreFilterMaterial::_resize(int width, int height, float x, float y, float z) {
+    float scale = _scale();
+    delete mNode;
+    mNode = new MVNOgreSceneNodePlane(kSharedScene, mMaterial->getMaterial(), quadSide(width, scale),
+                                      quadSide(height, scale), mZOrder, Ogre::Vector3(x, y, z));
+    // A new quad starts unturned and unanimated.
+    mNode->setAnimation(mAnimation);
+    mNode->setRotation(mRotation);
+}
+
+void MVNOgreFilterMaterial::setVisible(bool visible) {
+    // Every frame asks for visibility: only a change costs a hop.
+    if (mVisible == static_cast<int>(visible)) return;
+    mVisible = visible;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            if (mNode) mNode->setVisible(visible);
+        },
+        "filterSetVisible");
+}
+
+void MVNOgreFilterMaterial::updateAnimation(int position) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            if (mNode) mNode->updateAnimation(position);
+        },
+        "filterUpdateAnimation");
+}
+
+void MVNOgreFilterMaterial::setAnimation(int animation) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            mAnimation = animation;
+            if (mNode) mNode->setAnimation(animation);
+        },
+        "filterSetAnimation");
+}
+
+void MVNOgreFilterMaterial::setSceneBlending(int source, int destination) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() { _setSceneBlendingOn(mMaterial, source, destination); }, "filterSetSceneBlending");
+}
+
+void MVNOgreFilterMaterial::addExtraTexture(const std::string& name, unsigned char* data, int width, int height,
+                                            int type) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() { _addExtraTextureTo(mMaterial, name, data, width, height, type); }, "filterAddExtraTexture");
+}
+
+void MVNOgreFilterMaterial::setUniformFloat(const std::string& name, float value) {
+    _setUniformOn(mMaterial, name, value);
+}
+
+void MVNOgreFilterMaterial::setRotation(int rotation) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            mRotation = rotation;
+            if (mNode) mNode->setRotation(rotation);
+        },
+        "filterSetRotation");
+}
+
+void MVNOgreFilterMaterial::setZOrder(int zOrder) {
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            mZOrder = zOrder;
+            if (mNode) mNode->setZOrder(zOrder);
+        },
+        "filterSetZOrder");
+}
+
+}  // namespace Morvane

@@ -1,0 +1,111 @@
+#include "scene/MVNOgreSceneNodePlane.h"
+
+#include <Ogre.h>
+
+#include "core/MVNGeneratorStringId.h"
+
+namespace Morvane {
+
+namespace {
+// The main queue: every quad of a scene in one group, ordered by priority.
+const Ogre::uint8 kQuadQueueGroup = Ogre::RENDER_QUEUE_MAIN;
+const float kDegreeInRadians = 0.017453292f;
+
+Ogre::SceneManager* sceneOf(const std::string& sceneName) { return Ogre::Root::getSingleton().getSceneManager(sceneName); }
+}  // namespace
+
+MVNOgreSceneNodePlane::MVNOgreSceneNodePlane(const std::string& sceneName, Ogre::MaterialPtr material, int width,
+                                             int height, int zOrder, const Ogre::Vector3& position)
+    : sceneName(sceneName), zOrder(zOrder), material(material), width(width), height(height) {
+    this->position[0] = position.x;
+    this->position[1] = position.y;
+    this->position[2] = position.z;
+    MVNGeneratorStringId* ids = MVNGeneratorStringId::getSingleton();
+    entityName = ids->genStringId("CSNEntity");
+    meshName = ids->genStringId("CSNMesh");
+    nodeName = ids->genStringId("SceneNodePlane");
+    _createEntity(meshName, entityName, width, height, zOrder);
+    Ogre::SceneManager* scene = sceneOf(sceneName);
+    node = scene->getRootSceneNode()->createChildSceneNode(Ogre::Vector3::ZERO, Ogre::Quaternion::IDENTITY);
+    node->setPosition(position);
+    _attachEntity();
+}
+
+MVNOgreSceneNodePlane::~MVNOgreSceneNodePlane() {
+    Ogre::Root* root = Ogre::Root::getSingletonPtr();
+    if (root == nullptr) return;  // the engine is gone and took everything along
+    // A scene destroyed first has taken its node and entity along.
+    if (root->hasSceneManager(sceneName)) {
+        Ogre::SceneManager* scene = root->getSceneManager(sceneName);
+        if (node) {
+            node->detachObject(entityName);
+            scene->getRootSceneNode()->removeAndDestroyChild(node);
+        }
+        if (scene->hasEntity(entityName)) scene->destroyEntity(entityName);
+    }
+    node = nullptr;
+    Ogre::MeshManager& meshes = Ogre::MeshManager::getSingleton();
+    if (meshes.resourceExists(meshName, Ogre::RGN_DEFAULT)) meshes.remove(meshName, Ogre::RGN_DEFAULT);
+}
+
+void MVNOgreSceneNodePlane::_createEntity(const std::string& meshName, const std::string& entityName, int width,
+                                          int height, int zOrder) {
+    Ogre::SceneManager* scene = sceneOf(sceneName);
+    if (scene->hasEntity(entityName)) scene->destroyEntity(entityName);
+    Ogre::MeshManager& meshes = Ogre::MeshManager::getSingleton();
+    if (meshes.resourceExists(meshName, Ogre::RGN_DEFAULT)) meshes.remove(meshName, Ogre::RGN_DEFAULT);
+    // The plane's constant is the zOrder as well as the node's z, so a quad
+    // stands at twice its zOrder; sizes are meant in world units there.
+    Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(zOrder));
+    meshes.createPlane(meshName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME, plane,
+                       static_cast<float>(width), static_cast<float>(height), 1, 1, true, 1, 1.0f, 1.0f,
+                       Ogre::Vector3::UNIT_Y, Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY,
+                       Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY, false, false);
+    scene->createEntity(entityName, meshName, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+}
+
+void MVNOgreSceneNodePlane::_attachEntity() {
+    Ogre::Entity* entity = sceneOf(sceneName)->getEntity(entityName);
+    entity->setRenderQueueGroupAndPriority(kQuadQueueGroup, static_cast<Ogre::uint16>(zOrder));
+    if (material) entity->setMaterial(Ogre::MaterialPtr(material));
+    node->attachObject(entity);
+}
+
+void MVNOgreSceneNodePlane::setPosition(float x, float y, float z) {
+    position[0] = x;
+    position[1] = y;
+    position[2] = z;
+    if (node) node->setPosition(x, y, z);
+}
+
+void MVNOgreSceneNodePlane::setVisible(bool visible) {
+    if (node) node->setVisible(visible, true);
+}
+
+// Kept for a clip animation to take up; with none attached there is
+// nothing to move.
+void MVNOgreSceneNodePlane::setAnimation(int type) { animationType = type; }
+
+void MVNOgreSceneNodePlane::updateAnimation(int position) {}
+
+void* MVNOgreSceneNodePlane::getAnimationObject() { return animation; }
+
+void MVNOgreSceneNodePlane::setRotation(int degrees) {
+    // The engine's node keeps its orientation: only the difference turns it.
+    int delta = degrees - rotation;
+    rotation = degrees;
+    if (delta != 0 && node) node->roll(Ogre::Radian(delta * kDegreeInRadians), Ogre::Node::TS_LOCAL);
+}
+
+void MVNOgreSceneNodePlane::setZOrder(int zOrder) {
+    this->zOrder = zOrder;
+    if (node) node->detachObject(entityName);
+    _createEntity(meshName, entityName, width, height, zOrder);
+    if (node) {
+        // The position keeps its old z: only the plane moves.
+        node->setPosition(position[0], position[1], position[2]);
+        _attachEntity();
+    }
+}
+
+}  // namespace Morvane

@@ -1,0 +1,201 @@
+// The project loader: the timeline it builds from a file, and one-line
+// errors that name the file, the JSON path and the reason.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "FakeServices.h"
+#include "services/MVNFactory.h"
+#include "timeline/MVNPlaylist.h"
+#include "timeline/MVNProjectLoader.h"
+#include "timeline/MVNRepository.h"
+#include "timeline/MVNTractor.h"
+
+using namespace Morvane;
+using namespace MorvaneTest;
+namespace fs = std::filesystem;
+
+namespace {
+
+class ProjectLoader : public ::testing::Test {
+protected:
+    void SetUp() override {
+        MVNRepository* repo = MVNRepository::getSingleton();
+        repo->registerService(MVN_SERVICE_PRODUCER, "test.clip",
+                              [](const MVNProfile* p, const MVNProperties* props) -> MVNService* {
+                                  // "refuse" lets a test make a build fail half-way.
+                                  if (props->getBoolean("refuse", false)) return nullptr;
+                                  return new FakeProducer(*p);
+                              });
+        repo->registerService(MVN_SERVICE_FILTER, "test.filter",
+                              [](const MVNProfile* p, const MVNProperties* props) -> MVNService* {
+                                  return new StampFilter(*p, props->getInt32("tag", 1));
+                              });
+        folder = fs::current_path() / "project";
+        fs::create_directories(folder / "pictures");
+        std::ofstream(folder / "pictures" / "beach.png") << "not really a picture";
+        baseline = MVNFactory::getSingleton()->count();
+    }
+    void TearDown() override {
+        MVNProjectLoader::unload(project);
+        EXPECT_EQ(MVNFactory::getSingleton()->count(), baseline) << "the loader left services behind";
+        MVNRepository::getSingleton()->unregisterService("test.clip");
+        MVNRepository::getSingleton()->unregisterService("test.filter");
+    }
+    int load(const std::string& text) {
+        return loader.loadFromString(text, (folder / "show.json").string(), project);
+    }
+
+    fs::path folder;
+    int baseline = 0;
+    MVNProjectLoader loader;
+    MVNProject project;
+};
+
+TEST_F(ProjectLoader, BuildsOnePlaylistPerTrackWithZOrderFromTheTrack) {
+    ASSERT_EQ(load(R"({
+        "profile": "hd_720_25p",
+        "tracks": [
+          { "clips": [ { "service": "test.clip", "length": 50, "properties": { "mark": 3 } },
+                       { "blank": 25 },
+                       { "service": "test.clip", "resource": "pictures/beach.png", "length": 75, "in": 10 } ] },
+          { "clips": [ { "service": "test.clip", "length": 150, "geometry": "[0:0 320x180]" } ] }
+        ]})"),
+              0)
+        << loader.error();
+    EXPECT_EQ(project.profile.width(), 1280);
+    EXPECT_EQ(project.length, 150);
+    MVNTractor* tractor = MVNFactory::getSingleton()->getTractorById(project.tractorId);
+    ASSERT_NE(tractor, nullptr);
+    ASSERT_EQ(tractor->count(), 2);
+
+    auto* lower = dynamic_cast<MVNPlaylist*>(tractor->getTrack(0));
+    auto* upper = dynamic_cast<MVNPlaylist*>(tractor->getTrack(1));
+    ASSERT_TRUE(lower && upper);
+    EXPECT_EQ(lower->totalLength(), 150);
+    MVNProducer* first = lower->getClip(0);
+    MVNProducer* picture = lower->getClip(2);
+    MVNProducer* top = upper->getClip(0);
+    EXPECT_EQ(first->getInt32("zOrder", -1), 1);
+    EXPECT_EQ(top->getInt32("zOrder", -1), 2);
+    EXPECT_EQ(first->getInt32("mark", 0), 3);
+    EXPECT_EQ(picture->getIn(), 10);
+    EXPECT_EQ(picture->getOut(), 84);
+    EXPECT_TRUE(lower->getClip(1)->isBlank());
+    // The picture is found by name in its folder, which the renderer searches.
+    EXPECT_EQ(picture->getString("resource", ""), "beach.png");
+    EXPECT_EQ(project.resourceLocations.front(), folder.string());
+    EXPECT_NE(std::find(project.resourceLocations.begin(), project.resourceLocations.end(),
+                        (folder / "pictures").string()),
+              project.resourceLocations.end());
+    // Top-left [0:0 320x180] is the bottom-left corner's [0:540 320x180].
+    MVNRect g = top->getGeometry();
+    EXPECT_FLOAT_EQ(g.x, 0);
+    EXPECT_FLOAT_EQ(g.y, 540);
+    EXPECT_FLOAT_EQ(g.width, 320);
+    EXPECT_FLOAT_EQ(g.height, 180);
+}
+
+TEST_F(ProjectLoader, AttachesFiltersInOrderAndTakesAnExplicitProfile) {
+    ASSERT_EQ(load(R"({
+        "profile": { "width": 320, "height": 180, "fps": 29.97 },
+        "tracks": [ { "clips": [ { "service": "test.clip", "length": 5,
+            "filters": [ { "service": "test.filter", "properties": { "tag": 1 } },
+                         { "service": "test.filter", "properties": { "tag": 2 } } ] } ] } ] })"),
+              0)
+        << loader.error();
+    EXPECT_EQ(project.profile.fpsNum(), 30000);
+    EXPECT_EQ(project.profile.fpsDen(), 1001);
+    MVNTractor* tractor = MVNFactory::getSingleton()->getTractorById(project.tractorId);
+    MVNProducer* clip = dynamic_cast<MVNPlaylist*>(tractor->getTrack(0))->getClip(0);
+    MVNFrame* frame = nullptr;
+    ASSERT_EQ(clip->getImage(3, &frame), 0);
+    // Position 3, stamped by filter 1 and then by filter 2.
+    EXPECT_EQ(frame->id(), 312);
+    MVNFrame::pushBackPool(frame);
+}
+
+TEST_F(ProjectLoader, ProfileOverrideWins) {
+    ASSERT_EQ(loader.loadFromString(R"({ "profile": "hd_720_25p",
+        "tracks": [ { "clips": [ { "service": "test.clip", "length": 5 } ] } ] })",
+                                    (folder / "show.json").string(), project, "640x360@30"),
+              0)
+        << loader.error();
+    EXPECT_EQ(project.profile.width(), 640);
+    EXPECT_EQ(project.profile.fps(), 30);
+}
+
+TEST_F(ProjectLoader, ARefusalHalfWayDestroysWhatWasBuilt) {
+    EXPECT_EQ(load(R"({ "profile": "hd_720_25p", "tracks": [ { "clips": [
+        { "service": "test.clip", "length": 5 },
+        { "service": "test.clip", "length": 5, "properties": { "refuse": true } } ] } ] })"),
+              -1);
+    EXPECT_EQ(loader.error(), (folder / "show.json").string() +
+                                  ": tracks[0].clips[1]: service \"test.clip\" refused the clip (see the log)");
+    EXPECT_EQ(MVNFactory::getSingleton()->count(), baseline);
+}
+
+struct BadProject {
+    const char* name;
+    const char* json;
+    const char* where;  // the message after "show.json: "
+};
+
+class ProjectLoaderErrors : public ProjectLoader, public ::testing::WithParamInterface<BadProject> {};
+
+TEST_P(ProjectLoaderErrors, NameTheJsonPathAndTheReason) {
+    EXPECT_EQ(load(GetParam().json), -1);
+    EXPECT_EQ(loader.error(), (folder / "show.json").string() + ": " + GetParam().where);
+    EXPECT_EQ(MVNFactory::getSingleton()->count(), baseline);
+}
+
+#define CLIP_TRACKS(clips) "{ \"profile\": \"hd_720_25p\", \"tracks\": [ { \"clips\": [ " clips " ] } ] }"
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProjectLoaderErrors,
+    ::testing::Values(
+        BadProject{"NoTracks", R"({ "profile": "hd_720_25p" })", "tracks: missing"},
+        BadProject{"EmptyTracks", R"({ "profile": "hd_720_25p", "tracks": [] })", "tracks: no track to render"},
+        BadProject{"UnknownProfile", R"({ "profile": "hd_721_25p", "tracks": [] })",
+                   "profile: unknown profile \"hd_721_25p\""},
+        BadProject{"OddProfile", R"({ "profile": { "width": 321, "height": 180, "fps": 25 }, "tracks": [] })",
+                   "profile: width and height must be even"},
+        BadProject{"UnknownTopKey", R"({ "profile": "hd_720_25p", "trakcs": [] })", "trakcs: unknown key"},
+        BadProject{"MissingService", CLIP_TRACKS(R"({ "length": 5 })"), "tracks[0].clips[0].service: missing"},
+        BadProject{"UnknownService", CLIP_TRACKS(R"({ "service": "ogre.colour", "length": 5 })"),
+                   "tracks[0].clips[0].service: unknown service \"ogre.colour\""},
+        BadProject{"FilterAsClip", CLIP_TRACKS(R"({ "service": "test.filter", "length": 5 })"),
+                   "tracks[0].clips[0].service: \"test.filter\" is a filter, not a clip"},
+        BadProject{"MissingLength", CLIP_TRACKS(R"({ "service": "test.clip" })"),
+                   "tracks[0].clips[0].length: missing"},
+        BadProject{"ZeroLength", CLIP_TRACKS(R"({ "service": "test.clip", "length": 0 })"),
+                   "tracks[0].clips[0].length: must be at least 1, got 0"},
+        BadProject{"BadGeometry", CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "geometry": "0:0 10x10" })"),
+                   "tracks[0].clips[0].geometry: expected \"[x:y wxh]\", got \"0:0 10x10\""},
+        BadProject{"BlankWithMore", CLIP_TRACKS(R"({ "blank": 5, "length": 3 })"),
+                   "tracks[0].clips[0]: a blank takes no other key"},
+        BadProject{"PropertyObject", CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "properties": { "a": [1] } })"),
+                   "tracks[0].clips[0].properties.a: expected a string, a number or a boolean, got array"},
+        BadProject{"FilterUnknown",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [ { "service": "nope" } ] })"),
+                   "tracks[0].clips[0].filters[0].service: unknown service \"nope\""}),
+    [](const ::testing::TestParamInfo<BadProject>& info) { return std::string(info.param.name); });
+
+TEST_F(ProjectLoader, AMissingPictureIsNamedWithItsAbsolutePath) {
+    EXPECT_EQ(load(CLIP_TRACKS(R"({ "service": "test.clip", "length": 5 }, { "service": "test.clip", "length": 5,
+                                    "resource": "pictures/sea.png" })")),
+              -1);
+    EXPECT_EQ(loader.error(), (folder / "show.json").string() +
+                                  ": tracks[0].clips[1].resource: file not found: " +
+                                  (folder / "pictures" / "sea.png").string());
+}
+
+TEST_F(ProjectLoader, InvalidJsonAndMissingFileAreNamed) {
+    EXPECT_EQ(load("{ \"profile\": "), -1);
+    EXPECT_EQ(loader.error().rfind((folder / "show.json").string() + ": not valid JSON: ", 0), 0u) << loader.error();
+    EXPECT_EQ(loader.load((folder / "absent.json").string(), project), -1);
+    EXPECT_EQ(loader.error(), (folder / "absent.json").string() + ": cannot open the project file");
+}
+
+}  // namespace

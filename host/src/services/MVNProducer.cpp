@@ -151,7 +151,8 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
             key = 0;  // the picture is the filters' now
         }
         if (!mVideoFilters.empty()) {
-            f = _runChain(mVideoFilters, position, f);
+            // A group runs its video filters itself while it draws.
+            if (dynamic_cast<MVNGroup*>(this) == nullptr) f = _runChain(mVideoFilters, position, f);
             for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
         }
     }

@@ -454,7 +454,11 @@ int MVNProducer::attach(MVNFilter* filter) {
             prev->setInt32("_outputType", MVN_OUTPUT_RTT);
         bool groupHead = prev == nullptr && dynamic_cast<MVNGroup*>(this) != nullptr;
         filter->block();
-        if (!groupHead) {
+        if (groupHead) {
+            // The first filter of a group reads the group's render texture.
+            filter->setInt32("_inputType", MVN_INPUT_GROUP_RTT);
+            filter->setString("_inputRtt", getString("_groupOutRtt", ""));
+        } else {
             filter->setInt32("_inputType", prev != nullptr ? MVN_INPUT_RTT : MVN_INPUT_FRAME);
             filter->setString("_inputRtt", prev != nullptr ? prev->getString("_outputRtt", "") : std::string());
         }

@@ -16,7 +16,6 @@
 #include "services/MVNProducer.h"
 #include "services/MVNProperties.h"
 #include "core/MVNRect.h"
-#include "core/MVNTypes.h"
 #include "timeline/MVNRepository.h"
 #include "timeline/MVNTractor.h"
 
@@ -413,15 +412,8 @@ std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string
             producer->setInAndOut(clip.in, out);
             if (clip.hasGeometry) producer->setGeometry(clip.geometry);
 
-            for (size_t i = 0; i < clip.filters.size(); ++i) {
-                const FilterPlan& f = clip.filters[i];
-                MVNProperties properties = f.properties;
-                // The first filter of a group reads the group's picture.
-                if (i == 0 && !clip.tracks.empty()) {
-                    properties.setInt32("_inputType", MVN_INPUT_GROUP_RTT);
-                    properties.setString("_inputRtt", producer->getString("_groupOutRtt", ""));
-                }
-                std::string fid = factory->createFilter(profile, properties);
+            for (const FilterPlan& f : clip.filters) {
+                std::string fid = factory->createFilter(profile, f.properties);
                 if (fid.empty()) {
                     fail(f.path, "service \"" + f.properties.getString("service", "") +
                                      "\" refused the filter (see the log)");

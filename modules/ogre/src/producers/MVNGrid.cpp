@@ -82,7 +82,10 @@ std::string MVNGrid::cellService(const std::string& resource) {
 
 int MVNGrid::init() {
     if (MVNGroupSample::init() != 0) return -1;
-    if (getBoolean("_is_from_xml", false)) return 0;
+    if (getBoolean("_is_from_xml", false)) {
+        initialised = true;
+        return 0;
+    }
     int row = getInt32("row", 0);
     int column = getInt32("column", 0);
     if (row < 1 || column < 1) {

@@ -20,7 +20,8 @@ namespace Morvane {
 //
 // Properties: "service" ("ogre.grid"), "row", "column" (at least 1, read at
 // init), "_is_from_xml" (true: init builds nothing, the timeline is
-// restored by its loader), "clip.%d.%d.resource".
+// restored by its loader), "clip.%d.%d.resource", "_gridTractor" (the id of
+// the tractor the grid made).
 class MVN_OGRE_API MVNGrid : public MVNGroupSample {
 public:
     explicit MVNGrid(const MVNProfile& profile);

@@ -99,6 +99,11 @@ int MVNGrid::init() {
         MVNGroupSample::release();
         return -1;
     }
+    // Kept apart from the connection: the registry disconnects a group
+    // before it releases it, and release must still find the cells.
+    block();
+    setString("_gridTractor", id);
+    unblock();
     if (MVNGroup::connect(id) != 0) {
         log_error(kTag, "connect producer failed");
         MVNGroupSample::release();
@@ -166,6 +171,7 @@ std::string MVNGrid::_createCell(const std::string& resource, int zOrder) {
     properties.setInt32("zOrder", zOrder);
     if (service == "ogre.color") {
         properties.setString("color", resource);
+        properties.setString("resource", resource);
     } else if (service == kEnginePictureService) {
         // The engine finds pictures by name in its resource locations.
         std::filesystem::path path(resource);
@@ -259,7 +265,7 @@ void MVNGrid::_OnResourceChanged(const std::string& resource, int row, int colum
 }
 
 void MVNGrid::release() {
-    std::string id;
+    std::string id = getString("_gridTractor", "");
     if (MVNProducer* child = producer()) id = child->getStringId();
     MVNGroup::disconnect();
     if (MVNTractor* tractor = getTractorById(id)) {

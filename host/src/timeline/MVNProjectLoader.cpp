@@ -209,14 +209,21 @@ std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path
 // A grid's properties: "row" and "column" of at least 1, and cells
 // "clip.<row>.<column>.resource" inside them, each a file beside the
 // project (made absolute) or a colour "#rrggbb[aa]".
-void planGrid(ClipPlan& plan, const std::string& path, const std::string& folder) {
+void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std::string& folder) {
     const std::string at = path + ".properties";
-    if (!plan.properties.has("row")) fail(at + ".row", "missing");
-    if (!plan.properties.has("column")) fail(at + ".column", "missing");
-    int rows = plan.properties.getInt32("row", 0);
-    int columns = plan.properties.getInt32("column", 0);
-    if (rows < 1) fail(at + ".row", "expected an integer of at least 1");
-    if (columns < 1) fail(at + ".column", "expected an integer of at least 1");
+    // Checked in the file, where a number and a text still differ.
+    static const json kNone = json::object();
+    const json& given = v.contains("properties") ? v["properties"] : kNone;
+    auto size = [&](const char* key) {
+        if (!given.contains(key)) fail(at + "." + key, "missing");
+        const json& n = given[key];
+        if (!n.is_number_integer() || n.get<long long>() < 1 || n.get<long long>() > 1000) {
+            fail(at + "." + key, "expected an integer from 1 to 1000");
+        }
+        return n.get<int>();
+    };
+    int rows = size("row");
+    int columns = size("column");
     for (const std::string& key : plan.properties.keys()) {
         if (key.rfind("clip.", 0) != 0) continue;
         const std::string kpath = at + "." + key;
@@ -229,8 +236,10 @@ void planGrid(ClipPlan& plan, const std::string& path, const std::string& folder
         if (row >= rows || column >= columns) {
             fail(kpath, "cell outside the grid of " + std::to_string(rows) + "x" + std::to_string(columns));
         }
-        std::string resource = plan.properties.getString(key.c_str(), "");
-        if (resource.empty()) fail(kpath, "expected a file or a colour");
+        if (!given[key].is_string() || given[key].get_ref<const std::string&>().empty()) {
+            fail(kpath, "expected a file or a colour");
+        }
+        std::string resource = given[key].get<std::string>();
         if (resource[0] != '#') {
             fs::path p(resource);
             fs::path full = p.is_absolute() ? p : fs::path(folder) / p;
@@ -278,7 +287,7 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     }
     if (service == kGridService) {
         if (v.contains("resource")) fail(path + ".resource", "a grid takes its cells as properties");
-        planGrid(plan, path, folder);
+        planGrid(plan, v, path, folder);
     }
     if (v.contains("resource")) {
         plan.properties.setString(

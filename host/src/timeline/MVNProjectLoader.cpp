@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "core/MVNCellKinds.h"
 #include "services/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "services/MVNGroup.h"
@@ -241,6 +242,10 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
         }
         std::string resource = given[key].get<std::string>();
         if (resource[0] != '#') {
+            if (cellServiceForPath(resource).empty()) {
+                fail(kpath, "a cell shows a colour \"#rrggbb\" or a file of " + cellExtensions() + ", not \"" +
+                                resource + "\"");
+            }
             fs::path p(resource);
             fs::path full = p.is_absolute() ? p : fs::path(folder) / p;
             std::error_code ec;

@@ -146,6 +146,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "tracks[0].clips[0].properties.clip.0.2.resource: cell outside the grid of 2x2"},
         BadPart{"CellOfANumber", GRID(R"("row": 1, "column": 1, "clip.0.0.resource": 5)"),
                 "tracks[0].clips[0].properties.clip.0.0.resource: expected a file or a colour"},
+        BadPart{"CellOfAnUnknownKind",
+                GRID(R"("row": 1, "column": 1, "clip.0.0.resource": "clip.wmv")"),
+                "tracks[0].clips[0].properties.clip.0.0.resource: a cell shows a colour \"#rrggbb\" or a file of "
+                ".jpg, .jpeg, .png, .bmp, .webp, .mp4, .mov, .flv, .gif, not \"clip.wmv\""},
         BadPart{"GridWithResource",
                 R"({ "service": "ogre.grid", "length": 5, "resource": "pictures/beach.png",
                      "properties": { "row": 1, "column": 1 } })",

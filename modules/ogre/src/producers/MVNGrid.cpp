@@ -4,9 +4,9 @@
 #include <regex>
 
 #include "core/AutoLock.h"
+#include "core/MVNCellKinds.h"
 #include "core/MVNGeometry.h"
 #include "core/MVNLog.h"
-#include "core/MVNUtils.h"
 #include "engine/MVNOgreManager.h"
 #include "services/MVNFactory.h"
 #include "services/MVNTransitionAudio.h"
@@ -20,21 +20,6 @@ namespace {
 
 const char* const kTag = "Morvane::MVNGrid";
 const char* const kErrorPicture = "grid.error.jpg";
-
-// What a cell's file is shown with, by its extension (compared without
-// regard to case, dot included as getExtension gives it). "wmv" and "kmv"
-// carry no dot and so never match: such files are refused as of an unknown
-// format, and existing grids rely on that refusal.
-struct CellKind {
-    const char* extension;
-    const char* service;
-};
-
-const CellKind kCellKinds[] = {
-    {".jpg", "stb_image"},  {".jpeg", "stb_image"},   {".png", "stb_image"}, {".bmp", "stb_image"},
-    {".webp", "stb_image"}, {".mp4", "codec.video"},  {".mov", "codec.video"}, {".flv", "codec.video"},
-    {"wmv", "codec.video"}, {"kmv", "codec.video"},   {".gif", "codec.gif"},
-};
 
 // A still picture is decoded on the processor where the host offers that;
 // otherwise the engine loads it itself.
@@ -69,15 +54,10 @@ MVNGrid::~MVNGrid() { log_debug(kTag, "%s destory", getStringId().c_str()); }
 
 std::string MVNGrid::cellService(const std::string& resource) {
     if (isColour(resource)) return "ogre.color";
-    std::string extension = getExtension(resource);
-    for (const CellKind& kind : kCellKinds) {
-        if (!icaseCompare(extension, kind.extension)) continue;
-        std::string service = kind.service;
-        if (service == kPictureService && !MVNRepository::getSingleton()->hasService(service))
-            service = kEnginePictureService;
-        return service;
-    }
-    return std::string();
+    std::string service = cellServiceForPath(resource);
+    if (service == kPictureService && !MVNRepository::getSingleton()->hasService(service))
+        service = kEnginePictureService;
+    return service;
 }
 
 int MVNGrid::init() {

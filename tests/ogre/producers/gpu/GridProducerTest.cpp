@@ -200,9 +200,10 @@ TEST_F(GridProducer, ReleaseDestroysEveryCell) {
 }
 
 TEST_F(GridProducer, AProjectNamesTheCellTheGridCouldNotMake) {
-    std::ofstream("notes.txt") << "not a clip";
+    // A video cell that no video service opens.
+    std::ofstream("clip.mp4") << "not a video";
     EXPECT_EQ(load(R"([ { "clips": [ { "service": "ogre.grid", "length": 10, "properties": { "row": 1, "column": 1,
-          "clip.0.0.resource": "notes.txt" } } ] } ])"),
+          "clip.0.0.resource": "clip.mp4" } } ] } ])"),
               -1);
     EXPECT_EQ(loader.error(), (std::filesystem::current_path() / "show.json").string() +
                                   ": tracks[0].clips[0].properties.clip.0.0.resource: the grid could not make this "

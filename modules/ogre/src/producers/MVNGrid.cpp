@@ -26,6 +26,9 @@ const char* const kErrorPicture = "grid.error.jpg";
 const char* const kPictureService = "stb_image";
 const char* const kEnginePictureService = "ogre.image";
 
+// How long a colour or an engine-drawn picture stays in its cell.
+const double kStillSeconds = 99999.0;
+
 bool isColour(const std::string& resource) { return !resource.empty() && resource[0] == '#'; }
 
 // The error picture of the working directory, else the one shipped with
@@ -176,8 +179,15 @@ void MVNGrid::_placeCell(MVNProducer* clip, int row, int column, int cellWidth, 
     float bottom = static_cast<float>(mProfile.height()) - top - fitted.height;
     clip->setGeometry(MVNRect(static_cast<float>(cellWidth * column + offsetX), bottom, fitted.width, fitted.height));
     std::string service = clip->getString("service", "");
-    // A still or a gif lasts five seconds.
-    if (service == "stb_image" || service == "codec.gif") clip->setInAndOut(0, static_cast<int>(mProfile.fps() * 5.0 - 1.0));
+    if (service == "stb_image" || service == "codec.gif") {
+        // A still or a gif lasts five seconds.
+        clip->setInAndOut(0, static_cast<int>(mProfile.fps() * 5.0 - 1.0));
+    } else if (service == "ogre.color" || service == kEnginePictureService) {
+        // Drawn by the engine once and kept: as long as any grid runs.
+        int length = static_cast<int>(mProfile.fps() * kStillSeconds);
+        clip->setLength(length);
+        clip->setInAndOut(0, length - 1);
+    }
 }
 
 void MVNGrid::_OnPropertyChanged(const char* key) {

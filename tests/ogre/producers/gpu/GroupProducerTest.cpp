@@ -5,7 +5,11 @@
 
 #include "LogCapture.h"
 #include "ProjectSceneTest.h"
+#include <OgreRoot.h>
+
 #include "producers/MVNGroupSample.h"
+#include "services/MVNFilter.h"
+#include "services/MVNTransition.h"
 #include "timeline/MVNPlaylist.h"
 
 using namespace Morvane;
@@ -77,6 +81,72 @@ TEST_F(GroupProducer, AFilterMasksTheGroupsPictureAsAWhole) {
     // The filter draws the picture; the group's own quad is gone.
     ASSERT_NE(group(1), nullptr);
     EXPECT_FALSE(group(1)->hasNode());
+}
+
+TEST_F(GroupProducer, DetachingTheLastFilterBringsTheGroupsQuadBack) {
+    ASSERT_EQ(load(R"([
+      { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#0000ffff" } } ] },
+      { "clips": [ { "service": "ogre.group.sample", "length": 10, "geometry": "[160:0 160x90]",
+          "filters": [ { "service": "ogre.filter.sample", "resource": "MaskCircleFilter",
+                         "properties": { "ufmCircleRadius": 0.5, "ufmSmoothDiff": 0.02 } } ],
+          "tracks": [ { "clips": [ { "service": "ogre.color", "length": 10,
+                                     "properties": { "color": "#ff0000ff" } } ] } ] } ] } ])"),
+              0)
+        << loader.error();
+    MVNGroupSample* g = group(1);
+    ASSERT_NE(g, nullptr);
+    std::vector<std::string> filters;
+    g->getVideoFilters(filters);
+    ASSERT_EQ(filters.size(), 1u);
+    MVNFilter* mask = MVNFactory::getSingleton()->getFilterById(filters[0]);
+    EXPECT_EQ(mask->getInt32("_inputType", 0), MVN_INPUT_GROUP_RTT);
+    EXPECT_EQ(mask->getString("_inputRtt", ""), g->getOutputRtt());
+    ASSERT_EQ(g->detach(mask), 0);
+    EXPECT_TRUE(g->hasNode());
+    draw(1);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(wrongIn(out, 160, 0, 160, 90, kRed), 0) << "the whole group, corners included";
+    EXPECT_EQ(wrongIn(out, 0, 0, 160, 180, kBlue), 0);
+}
+
+TEST_F(GroupProducer, ATransitionTakesTheDrawingOverWhileConnected) {
+    ASSERT_EQ(load(kTwoTrackGroup), 0) << loader.error();
+    MVNGroupSample* g = group(1);
+    ASSERT_NE(g, nullptr);
+    std::string otherId = MVNFactory::getSingleton()->createProducer(profile(), [] {
+        MVNProperties p;
+        p.setString("service", "ogre.color");
+        return p;
+    }());
+    ASSERT_FALSE(otherId.empty());
+    MVNTransition transition(profile());
+    ASSERT_EQ(transition.connect(g, MVNFactory::getSingleton()->getProducerById(otherId)), 0);
+    EXPECT_FALSE(g->hasNode());
+    transition.disconnect();
+    EXPECT_TRUE(g->hasNode());
+    MVNFactory::getSingleton()->destroyService(otherId);
+    draw(2);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(wrongIn(out, 160, 0, 80, 45, kGreen), 0);
+    EXPECT_EQ(wrongIn(out, 240, 0, 80, 45, kRed), 0);
+}
+
+TEST_F(GroupProducer, TheSceneOutlivesTheGroupUntilTheEngineStops) {
+    ASSERT_EQ(load(kTwoTrackGroup), 0) << loader.error();
+    draw(0);
+    ASSERT_NE(group(1), nullptr);
+    std::string scene = group(1)->getGroupName();
+    // The group goes first, its clips after it: their quads are still in
+    // the scene then.
+    MVNProjectLoader::unload(project);
+    bool stillThere = false;
+    onRenderThread([&]() { stillThere = Ogre::Root::getSingleton().hasSceneManager(scene); });
+    EXPECT_TRUE(stillThere);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(wrongIn(out, 0, 0, 320, 180, kMagenta), 0) << "nothing of the project is left on screen";
 }
 
 TEST_F(GroupProducer, AGroupInsideAGroupScalesTwice) {

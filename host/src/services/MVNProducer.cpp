@@ -278,6 +278,7 @@ int MVNProducer::connectGroup(const std::string& name) {
         _destroyTextureNode();
         _createTextureNode();
     }
+    _moveFiltersToGroup();
     _OnGroupConnected(name);
     return 0;
 }
@@ -297,8 +298,16 @@ int MVNProducer::disconnectGroup(const std::string& name) {
         _destroyTextureNode();
         _createTextureNode();
     }
+    _moveFiltersToGroup();
     _OnGroupDisconnected(name);
     return 0;
+}
+
+void MVNProducer::_moveFiltersToGroup() {
+    // A filter that draws the clip's picture draws it in the clip's scene:
+    // rebuilt there.
+    std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
+    for (MVNFilter* f : mVideoFilters) f->reconfig();
 }
 
 int MVNProducer::connectTransition(MVNTransition* transition) {

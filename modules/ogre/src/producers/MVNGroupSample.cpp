@@ -65,7 +65,13 @@ void MVNGroupSample::_Config() {
     int height = mProfile.height();
     if (sceneManager == nullptr) {
         MVNOgreManager::getSingleton()->callRenderableWait(
-            [&]() { sceneManager = new MVNOgreSceneManager(width, height, rtt, groupName); }, "createSceneManager");
+            [&]() {
+                sceneManager = new MVNOgreSceneManager(width, height, rtt, groupName);
+                // Drawn by render ("groupRender") when the timeline asks for
+                // the group, not again with every frame of the window.
+                if (sceneManager->getRenderTarget() != nullptr) sceneManager->getRenderTarget()->setAutoUpdated(false);
+            },
+            "createSceneManager");
     }
     bool filtered = false;
     {

@@ -83,6 +83,30 @@ TEST_F(GroupProducer, AFilterMasksTheGroupsPictureAsAWhole) {
     EXPECT_FALSE(group(1)->hasNode());
 }
 
+TEST_F(GroupProducer, AFilteredClipInsideAGroupDrawsInTheGroup) {
+    // The red clip fills the top-left quarter of the group's picture and is
+    // masked to a circle there: on screen a circle of radius 22 around
+    // (200, 22), nothing at the clip's place in the enclosing picture.
+    ASSERT_EQ(load(R"([
+      { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#0000ffff" } } ] },
+      { "clips": [ { "service": "ogre.group.sample", "length": 10, "geometry": "[160:0 160x90]", "tracks": [
+          { "clips": [ { "service": "ogre.color", "length": 10, "geometry": "[0:0 160x90]",
+                         "properties": { "color": "#ff0000ff" },
+                         "filters": [ { "service": "ogre.filter.sample", "resource": "MaskCircleFilter",
+                                        "properties": { "ufmCircleRadius": 0.5, "ufmSmoothDiff": 0.02 } } ] } ] }
+          ] } ] } ])"),
+              0)
+        << loader.error();
+    draw(1);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    out.picture().save("group_filtered_clip.png");
+    EXPECT_EQ(out.at(200, 22), kRed);
+    EXPECT_EQ(out.at(161, 1), kBlue) << "the clip's corner is masked off";
+    EXPECT_EQ(wrongIn(out, 0, 0, 160, 180, kBlue), 0) << "nothing drawn outside the group";
+    EXPECT_EQ(wrongIn(out, 160, 50, 160, 40, kBlue), 0);
+}
+
 TEST_F(GroupProducer, DetachingTheLastFilterBringsTheGroupsQuadBack) {
     ASSERT_EQ(load(R"([
       { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#0000ffff" } } ] },

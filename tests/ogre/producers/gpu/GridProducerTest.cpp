@@ -11,6 +11,7 @@
 #include "LogCapture.h"
 #include "ProjectSceneTest.h"
 #include "producers/MVNGrid.h"
+#include "services/MVNTransitionAudio.h"
 #include "timeline/MVNPlaylist.h"
 
 using namespace Morvane;
@@ -81,6 +82,12 @@ TEST_F(GridProducer, TwoByTwoColoursEachFillTheirCell) {
         ASSERT_NE(cell(grid, i), nullptr);
         EXPECT_EQ(cell(grid, i)->getInt32("zOrder", -1), i) << "later cells lie above";
     }
+    // The sound of cell 0 is mixed with each other cell's.
+    auto* tractor = dynamic_cast<MVNTractor*>(grid->producer());
+    ASSERT_NE(tractor, nullptr);
+    std::vector<std::pair<int, int>> mixed;
+    for (MVNTransitionAudio* t : tractor->transitionAudios()) mixed.emplace_back(t->trackA(), t->trackB());
+    EXPECT_EQ(mixed, (std::vector<std::pair<int, int>>{{0, 1}, {0, 2}, {0, 3}}));
 }
 
 TEST_F(GridProducer, CellsOfAnotherAspectAreFittedAndCentred) {

@@ -10,6 +10,7 @@
 #include "producers/MVNGroupSample.h"
 #include "services/MVNFilter.h"
 #include "services/MVNTransition.h"
+#include "timeline/MVNManager.h"
 #include "timeline/MVNPlaylist.h"
 
 using namespace Morvane;
@@ -105,6 +106,41 @@ TEST_F(GroupProducer, AFilteredClipInsideAGroupDrawsInTheGroup) {
     EXPECT_EQ(out.at(161, 1), kBlue) << "the clip's corner is masked off";
     EXPECT_EQ(wrongIn(out, 0, 0, 160, 180, kBlue), 0) << "nothing drawn outside the group";
     EXPECT_EQ(wrongIn(out, 160, 50, 160, 40, kBlue), 0);
+}
+
+TEST_F(GroupProducer, FiltersSkipTheFramesARenderSkips) {
+    ASSERT_EQ(load(R"([
+      { "clips": [ { "service": "ogre.group.sample", "length": 10,
+          "filters": [ { "service": "ogre.filter.sample", "resource": "MaskCircleFilter" } ],
+          "tracks": [ { "clips": [ { "service": "ogre.color", "length": 10 } ] } ] } ] } ])"),
+              0)
+        << loader.error();
+    MVNGroupSample* g = group(0);
+    ASSERT_NE(g, nullptr);
+    std::vector<std::string> filters;
+    g->getVideoFilters(filters);
+    ASSERT_EQ(filters.size(), 1u);
+    MVNFilter* mask = MVNFactory::getSingleton()->getFilterById(filters[0]);
+    draw(2);
+    EXPECT_EQ(mask->getInt32("_frames", -1), 2);
+    MVNManager* manager = MVNManager::getSingleton();
+    // Put back whatever happens below: the manager outlives the test.
+    struct Restore {
+        MVNManager* m;
+        MVNMode mode;
+        int ignore;
+        ~Restore() {
+            m->setMode(mode);
+            m->setIgnoreFrames(ignore);
+        }
+    } restore{manager, manager->getMode(), manager->getIgnoreFrames()};
+    manager->setMode(MVN_MODE_RENDER);
+    manager->setIgnoreFrames(3);
+    draw(5);
+    EXPECT_EQ(mask->getInt32("_frames", -1), 2) << "frames are being skipped: the filter doesn't run";
+    manager->setIgnoreFrames(-1);
+    draw(6);
+    EXPECT_EQ(mask->getInt32("_frames", -1), 6);
 }
 
 TEST_F(GroupProducer, DetachingTheLastFilterBringsTheGroupsQuadBack) {

@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <atomic>
 #include <fstream>
-#include <thread>
 
 #include "LogCapture.h"
 #include "ProjectSceneTest.h"
@@ -145,33 +143,6 @@ TEST_F(GridProducer, ACellIsReplacedWhileTheGridRuns) {
     EXPECT_EQ(log.count(MVNLogLevel::Debug, kGridTag, "resource sample, not process"), 1);
     EXPECT_EQ(log.count(MVNLogLevel::Warn, kGridTag, "not process empty resource"), 1);
     EXPECT_EQ(cell(grid, 3)->getStringId(), now);
-}
-
-TEST_F(GridProducer, CellsChangeWhileAnotherThreadDraws) {
-    ASSERT_EQ(load(kColourGrid), 0) << loader.error();
-    MVNGrid* grid = projectGrid();
-    ASSERT_NE(grid, nullptr);
-    MVNTractor* tractor = MVNFactory::getSingleton()->getTractorById(project.tractorId);
-    std::atomic<bool> done{false};
-    std::thread drawer([&]() {
-        for (int position = 0; !done.load(); position = (position + 1) % 10) {
-            MVNFrame* frame = nullptr;
-            if (tractor->getImage(position, &frame) == 0) MVNFrame::pushBackPool(frame);
-        }
-    });
-    for (int i = 0; i < 20; ++i) {
-        grid->setString("clip.0.1.resource", i % 2 ? "#00ff00ff" : "#ffffffff");
-        grid->setString("clip.1.0.resource", i % 2 ? "#0000ffff" : "#ffffffff");
-    }
-    done.store(true);
-    drawer.join();
-    draw(3);
-    RenderImage out(W, H);
-    ASSERT_TRUE(out.ok());
-    EXPECT_EQ(wrongIn(out, 0, 0, 160, 90, kRed), 0);
-    EXPECT_EQ(wrongIn(out, 160, 0, 160, 90, kGreen), 0);
-    EXPECT_EQ(wrongIn(out, 0, 90, 160, 90, kBlue), 0);
-    EXPECT_EQ(wrongIn(out, 160, 90, 160, 90, kYellow), 0);
 }
 
 TEST_F(GridProducer, ACellWithoutResourceShowsTheErrorPicture) {

@@ -32,11 +32,10 @@ public:
     // Destroys every clip the grid made, then releases the group.
     void release() override;
 
+private:
     // The service a cell of this resource is made by, empty for a kind the
     // grid can't show.
     static std::string cellService(const std::string& resource);
-
-private:
     // The tractor's id, or empty.
     std::string _createGrid(int row, int column);
     // The producer's id, or empty.

@@ -5,6 +5,8 @@
 
 #include "core/AutoLock.h"
 #include "core/MVNCellKinds.h"
+#include "core/MVNFrame.h"
+#include "core/MVNImage.h"
 #include "core/MVNGeometry.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
@@ -160,6 +162,13 @@ std::string MVNGrid::_createCell(const std::string& resource, int zOrder) {
         std::filesystem::path path(resource);
         if (path.has_parent_path()) MVNOgreManager::getSingleton()->addResourceLocation(path.parent_path().string());
         properties.setString("resource", path.filename().string());
+        // The picture's own size, so that the cell keeps its aspect; the
+        // engine loads it again by name, once, for its texture.
+        if (MVNFrame* picture = MVNImage::loadFromFile(resource, 0, 0)) {
+            properties.setInt32("width", picture->width());
+            properties.setInt32("height", picture->height());
+            MVNFrame::pushBackPool(picture);
+        }
     } else {
         properties.setString("resource", resource);
     }

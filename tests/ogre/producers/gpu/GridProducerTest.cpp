@@ -8,6 +8,7 @@
 
 #include "LogCapture.h"
 #include "ProjectSceneTest.h"
+#include "core/MVNImage.h"
 #include "producers/MVNGrid.h"
 #include "services/MVNTransitionAudio.h"
 #include "timeline/MVNPlaylist.h"
@@ -114,6 +115,32 @@ TEST_F(GridProducer, CellsOfAnotherAspectAreFittedAndCentred) {
         EXPECT_EQ(wrongIn(out, 0, top + 15, 318, 60, kGreen), 0) << "row " << r;
         EXPECT_EQ(wrongIn(out, 0, top, 318, 15, kMagenta, 1), 0) << "above row " << r;
         EXPECT_EQ(wrongIn(out, 0, top + 75, 318, 15, kMagenta, 1), 0) << "below row " << r;
+    }
+}
+
+TEST_F(GridProducer, APictureKeepsItsAspectInItsCell) {
+    // 32 x 16 into a cell of the whole 320 x 180 picture: 320 x 160, ten
+    // rows free above and below.
+    const std::string file = std::string(MVN_TEST_DATA_DIR) + "/host/blue-32x16.jpg";
+    MVNFrame* reference = MVNImage::loadFromFile(file, 0, 0);
+    ASSERT_NE(reference, nullptr);
+    const uint8_t* middle = reference->buffer()->ptr() + (8 * 32 + 16) * 4;  // B,G,R,A
+    const RGBA picture{middle[2], middle[1], middle[0], 255};
+    MVNFrame::pushBackPool(reference);
+    MVNProperties props;
+    props.setInt32("row", 1);
+    props.setInt32("column", 1);
+    props.setString("clip.0.0.resource", file);
+    MVNGrid* grid = make(props);
+    ASSERT_NE(grid, nullptr);
+    show(grid, 0);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(wrongIn(out, 0, 0, 320, 10, kMagenta, 1), 0);
+    EXPECT_EQ(wrongIn(out, 0, 170, 320, 10, kMagenta, 1), 0);
+    // One colour all over, as the file decodes on the processor.
+    for (auto [x, y] : {std::pair{3, 13}, {160, 90}, {316, 166}}) {
+        EXPECT_LE(maxColourDifference(out.at(x, y), picture), 2) << x << "," << y << ": " << out.at(x, y);
     }
 }
 

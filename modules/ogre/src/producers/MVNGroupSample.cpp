@@ -2,6 +2,8 @@
 
 #include <OgreRenderTexture.h>
 
+#include <cstring>
+
 #include "core/AutoLock.h"
 #include "core/MVNFrame.h"
 #include "core/MVNGeneratorStringId.h"
@@ -39,7 +41,14 @@ MVNGroupSample::~MVNGroupSample() {
     }
 }
 
-void MVNGroupSample::_OnPropertyChanged(const char* key) { MVNGroup::_OnPropertyChanged(key); }
+void MVNGroupSample::_OnPropertyChanged(const char* key) {
+    MVNGroup::_OnPropertyChanged(key);
+    if (key != nullptr && std::strcmp(key, "zOrder") == 0 && node != nullptr) {
+        node->setZOrder(getInt32("zOrder", 0));
+        // The depth takes effect with the next placement.
+        _OnGeometryChanged(getGeometry());
+    }
+}
 
 int MVNGroupSample::init() {
     block();

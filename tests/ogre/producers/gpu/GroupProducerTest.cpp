@@ -209,6 +209,31 @@ TEST_F(GroupProducer, TheSceneOutlivesTheGroupUntilTheEngineStops) {
     EXPECT_EQ(wrongIn(out, 0, 0, 320, 180, kMagenta), 0) << "nothing of the project is left on screen";
 }
 
+TEST_F(GroupProducer, AGroupMovesAboveAnotherWithItsZOrder) {
+    ASSERT_EQ(load(R"([
+      { "clips": [ { "service": "ogre.group.sample", "length": 10, "geometry": "[80:45 160x90]", "tracks": [
+          { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#ff0000ff" } } ] } ] } ] },
+      { "clips": [ { "service": "ogre.group.sample", "length": 10, "geometry": "[120:65 160x90]", "tracks": [
+          { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#00ff00ff" } } ] } ] } ] }
+      ])"),
+              0)
+        << loader.error();
+    draw(0);
+    {
+        RenderImage out(W, H);
+        ASSERT_TRUE(out.ok());
+        EXPECT_EQ(out.at(200, 100), kGreen) << "the upper track's group above";
+    }
+    ASSERT_NE(group(0), nullptr);
+    group(0)->setInt32("zOrder", 5);
+    draw(1);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(out.at(200, 100), kRed);
+    EXPECT_EQ(wrongIn(out, 80, 45, 160, 90, kRed), 0) << "in its place, whole";
+    EXPECT_EQ(out.at(260, 140), kGreen);
+}
+
 TEST_F(GroupProducer, AGroupInsideAGroupScalesTwice) {
     // Outer group: bottom-left quarter, red, holding an inner group in its
     // bottom-right quarter; the inner group is yellow with nothing else.

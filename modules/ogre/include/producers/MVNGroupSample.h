@@ -29,6 +29,7 @@ public:
     explicit MVNGroupSample(const MVNProfile& profile);
     ~MVNGroupSample() override;
 
+    // "zOrder" moves the quad in depth and draw order.
     void _OnPropertyChanged(const char* key) override;
     int init() override;
     // Drops the quad; the scene goes to the manager, which destroys it at

@@ -30,15 +30,6 @@ namespace {
 
 const char* const kTag = "ogre";
 
-// A name that passes its checks but whose class this build doesn't have
-// yet. The arguments it would be built from are taken and ignored, so that
-// the call reads like the construction that will stand in its place.
-template <typename Result = MVNService, typename... Args>
-Result* serviceNotAvailable(const char* name, const Args&...) {
-    log_error(kTag, "service not available yet:%s", name);
-    return nullptr;
-}
-
 // The canvas filter is the one service that takes the creation properties
 // over itself; its "id" stays its own.
 template <typename Service>
@@ -122,8 +113,80 @@ MVNRenderTexture* createOgreRenderTexture(const MVNProfile* profile, const MVNPr
     });
 }
 
-// One factory for all eleven service names: `service` names what to build.
-// The names are compared exactly, case included, in the order below.
+// How each service is built from its creation properties; `zOrder` is read
+// for every service, whether it uses it or not.
+using ServiceConstructor = MVNService* (*)(const MVNProfile& profile, const MVNProperties& props, int zOrder);
+
+// A string property a service cannot be built without, and the error logged
+// when it is empty.
+struct Required {
+    const char* key;
+    const char* message;
+};
+
+// One row per service name, in the order of registration: its side of the
+// registry (transitions and groups count as producers there), how it is
+// built, and the properties it refuses to be built without, checked in
+// order and stopping at the first. A null constructor is a name whose class
+// this build doesn't have yet: it passes its refusals, then logs that it is
+// not available. Adding a service is one row.
+struct ServiceRow {
+    const char* name;
+    MVNServiceType type;
+    ServiceConstructor construct;
+    Required refusals[2];
+};
+
+MVNService* filterSample(const MVNProfile& profile, const MVNProperties& props, MVNFilterTypeUse defaultUse) {
+    std::string resource = props.getString("resource", "");
+    MVNFilterTypeUse typeUse = static_cast<MVNFilterTypeUse>(props.getInt32("typeUse", defaultUse));
+    return new MVNFilterSample(profile, resource.c_str(), typeUse);
+}
+
+const ServiceRow kServices[] = {
+    {"ogre.color", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties&, int zOrder) -> MVNService* {
+         return new MVNProducerColor(profile, zOrder);
+     },
+     {}},
+    {"ogre.pixelbuffer", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties&, int zOrder) -> MVNService* {
+         return new MVNProducerPixelBuffer(profile, zOrder);
+     },
+     {}},
+    {"ogre.image", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties& props, int zOrder) -> MVNService* {
+         return new MVNProducerImage(profile, props.getString("resource", "").c_str(), zOrder);
+     },
+     {}},
+    {"text", MVN_SERVICE_PRODUCER, nullptr, {}},
+    {"ogre.transition.sample", MVN_SERVICE_PRODUCER, nullptr,
+     {{"resource", "create transition sample failed, rsource is null"}}},
+    {"ogre.filter.sample", MVN_SERVICE_FILTER,
+     [](const MVNProfile& profile, const MVNProperties& props, int) {
+         return filterSample(profile, props, MVN_FILTER_USE_NORMAL);
+     },
+     {{"resource", "create filter sample failed, rsource is null"}}},
+    // The tool is the same filter, used as a helper pass that needs no
+    // resource.
+    {"ogre.tool", MVN_SERVICE_FILTER,
+     [](const MVNProfile& profile, const MVNProperties& props, int) {
+         return filterSample(profile, props, MVN_FILTER_USE_TOOL);
+     },
+     {}},
+    {"ogre.filter.canvas", MVN_SERVICE_FILTER, nullptr, {}},
+    {"ogre.filter.sample2", MVN_SERVICE_FILTER, nullptr,
+     {{"resource_one", "create filter sample2 failed, rsource_one is null"},
+      {"resource_two", "create filter sample2 failed, rsource_two is null"}}},
+    {"ogre.group.sample", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties&, int) -> MVNService* { return new MVNGroupSample(profile); },
+     {}},
+    {"ogre.grid", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties&, int) -> MVNService* { return new MVNGrid(profile); }, {}},
+};
+
+// One factory for every name of the table: `service` names the row. Names
+// are compared exactly, case included.
 MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* properties) {
     return guarded<MVNService>("createService", [&]() -> MVNService* {
         const MVNProperties& props = orEmpty(properties);
@@ -133,101 +196,30 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
             log_error(kTag, "create service %s failed, profile is null", service.c_str());
             return nullptr;
         }
-        const char* name = service.c_str();
-
-        if (service == "ogre.color") {
-            return new MVNProducerColor(*profile, zOrder);
-        }
-        if (service == "ogre.pixelbuffer") {
-            return new MVNProducerPixelBuffer(*profile, zOrder);
-        }
-        if (service == "ogre.image") {
-            std::string resource = props.getString("resource", "");
-            return new MVNProducerImage(*profile, resource.c_str(), zOrder);
-        }
-        if (service == "text") {
-            bool textThree = props.getBoolean("textThree", false);
-            std::string textFontFile = props.getString("textFontFile", "");
-            std::string textBackupPath = props.getString("textBackupPath", "");
-            return serviceNotAvailable(name, *profile, zOrder, textThree, textFontFile, textBackupPath);
-        }
-        if (service == "ogre.transition.sample") {
-            std::string resource = props.getString("resource", "");
-            if (resource.empty()) {
-                log_error(kTag, "create transition sample failed, rsource is null");
+        for (const ServiceRow& row : kServices) {
+            if (service != row.name) continue;
+            for (const Required& required : row.refusals) {
+                if (required.key && props.getString(required.key, "").empty()) {
+                    log_error(kTag, "%s", required.message);
+                    return nullptr;
+                }
+            }
+            if (!row.construct) {
+                log_error(kTag, "service not available yet:%s", row.name);
                 return nullptr;
             }
-            return serviceNotAvailable(name, *profile, resource);
+            return row.construct(*profile, props, zOrder);
         }
-        if (service == "ogre.filter.sample") {
-            std::string resource = props.getString("resource", "");
-            MVNFilterTypeUse typeUse = static_cast<MVNFilterTypeUse>(props.getInt32("typeUse", MVN_FILTER_USE_NORMAL));
-            if (resource.empty()) {
-                log_error(kTag, "create filter sample failed, rsource is null");
-                return nullptr;
-            }
-            return new MVNFilterSample(*profile, resource.c_str(), typeUse);
-        }
-        if (service == "ogre.tool") {
-            // The tool is the same filter, used as a helper pass that needs
-            // no resource.
-            std::string resource = props.getString("resource", "");
-            MVNFilterTypeUse typeUse = static_cast<MVNFilterTypeUse>(props.getInt32("typeUse", MVN_FILTER_USE_TOOL));
-            return new MVNFilterSample(*profile, resource.c_str(), typeUse);
-        }
-        if (service == "ogre.filter.canvas") {
-            int canvasType = props.getInt32("canvasType", 0);
-            return serviceNotAvailable(name, *profile, canvasType, props);
-        }
-        if (service == "ogre.filter.sample2") {
-            std::string resourceOne = props.getString("resource_one", "");
-            std::string resourceTwo = props.getString("resource_two", "");
-            if (resourceOne.empty()) {
-                log_error(kTag, "create filter sample2 failed, rsource_one is null");
-                return nullptr;
-            }
-            if (resourceTwo.empty()) {
-                log_error(kTag, "create filter sample2 failed, rsource_two is null");
-                return nullptr;
-            }
-            return serviceNotAvailable(name, *profile, resourceOne, resourceTwo);
-        }
-        if (service == "ogre.group.sample") {
-            return new MVNGroupSample(*profile);
-        }
-        if (service == "ogre.grid") {
-            return new MVNGrid(*profile);
-        }
-        log_error(kTag, "error service name:%s", name);
+        log_error(kTag, "error service name:%s", service.c_str());
         return nullptr;
     });
 }
 
-// The service names in the order of registration, with their side of the
-// registry. Transitions and groups count as producers there.
-struct ServiceRow {
-    MVNServiceType type;
-    const char* name;
-};
-
-const ServiceRow kServices[] = {
-    {MVN_SERVICE_PRODUCER, "ogre.color"},
-    {MVN_SERVICE_PRODUCER, "ogre.pixelbuffer"},
-    {MVN_SERVICE_PRODUCER, "ogre.image"},
-    {MVN_SERVICE_PRODUCER, "text"},
-    {MVN_SERVICE_PRODUCER, "ogre.transition.sample"},
-    {MVN_SERVICE_FILTER, "ogre.filter.sample"},
-    {MVN_SERVICE_FILTER, "ogre.tool"},
-    {MVN_SERVICE_FILTER, "ogre.filter.canvas"},
-    {MVN_SERVICE_FILTER, "ogre.filter.sample2"},
-    {MVN_SERVICE_PRODUCER, "ogre.group.sample"},
-    {MVN_SERVICE_PRODUCER, "ogre.grid"},
-};
-
 }  // namespace
 }  // namespace Morvane
 
-// Registers the render system, the render texture and the eleven services.
+// Registers the render system, the render texture and every service of the
+// table.
 // What the repository makes of each registration is its own matter.
 extern "C" MVN_OGRE_API int MVNOgre_module_install(Morvane::MVNRepository* repository) {
     using namespace Morvane;

@@ -8,6 +8,7 @@
 #include "core/AutoLock.h"
 #include "core/MVNByteBuffer.h"
 #include "core/MVNByteBufferPool.h"
+#include "filters/MVNFilterCatalogue.h"
 #include "filters/MVNFilterParameters.h"
 #include "core/MVNFrame.h"
 #include "core/MVNGeneratorStringId.h"
@@ -236,9 +237,10 @@ MVNFrame* MVNFilterSample::processImage(int position, MVNFrame* frame) {
 
     MVNProducer* producer = _producer();
     std::string resource = getString("resource", "");
-    if (mFilterNode && producer && (resource == "BlurFilter" || resource == "MosaicFilter")) {
-        // These two can be limited to a part of the clip; outside it the
-        // shader leaves the picture alone.
+    const MVNFilterCatalogueEntry* entry = MVNFilterCatalogue::find(resource);
+    if (mFilterNode && producer && entry && entry->special == MVNFilterSpecial::SampleSpan) {
+        // These can be limited to a part of the clip; outside it the shader
+        // leaves the picture alone.
         int playtime = producer->getPlaytime();
         float p = playtime > 0 ? static_cast<float>(position) / static_cast<float>(playtime) : 0.0f;
         bool outside = getDouble("filterSampleIn", 0.0) > p || p > getDouble("filterSampleOut", 1.0);

@@ -235,3 +235,38 @@ TEST_F(ModuleDispatch, RenderSystemTakesTheWindowSizeFromItsProperties) {
     delete system;
     Morvane::MVNOgreManager::getSingleton()->release();
 }
+
+// The render system's "reader" property names the read-back strategy; an
+// unknown name is an error and leaves the default.
+struct ReaderPropertyCase {
+    const char* value;
+    Morvane::MVNOgreRenderReaderType type;
+    const char* error;  // empty: none
+};
+
+class ReaderProperty : public ModuleDispatch, public ::testing::WithParamInterface<ReaderPropertyCase> {};
+
+TEST_P(ReaderProperty, NamesTheStrategyOrLogsAndKeepsTheDefault) {
+    MVNProperties properties;
+    properties.setString("reader", GetParam().value);
+    Morvane::MVNOgreManager::getSingleton()->setReaderType(Morvane::MVN_READER_GL);
+    LogCapture log;
+    Morvane::MVNRenderSystem* system = Morvane::createRenderSystem("ogreRenderSystem", profile, properties);
+    ASSERT_NE(system, nullptr);
+    EXPECT_EQ(Morvane::MVNOgreManager::getSingleton()->readerType(), GetParam().type);
+    EXPECT_EQ(log.countContaining("unknown reader"), std::string(GetParam().error).empty() ? 0 : 1);
+    if (*GetParam().error) {
+        EXPECT_EQ(log.count(MVNLogLevel::Error, kTag, GetParam().error), 1);
+    }
+    delete system;
+    Morvane::MVNOgreManager::getSingleton()->setReaderType(Morvane::MVN_READER_RTT);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, ReaderProperty,
+    ::testing::Values(ReaderPropertyCase{"rtt", Morvane::MVN_READER_RTT, ""},
+                      ReaderPropertyCase{"rtt_sample", Morvane::MVN_READER_RTT_SAMPLE, ""},
+                      ReaderPropertyCase{"direct", Morvane::MVN_READER_DIRECT, ""},
+                      ReaderPropertyCase{"gl", Morvane::MVN_READER_GL, ""},
+                      ReaderPropertyCase{"GL", Morvane::MVN_READER_RTT, "createRenderSystem unknown reader:GL, rtt used"},
+                      ReaderPropertyCase{"", Morvane::MVN_READER_RTT, "createRenderSystem unknown reader:, rtt used"}));

@@ -5,6 +5,7 @@
 #include "MVNOgreExport.h"
 #include "core/MVNProfile.h"
 #include "core/MVNRect.h"
+#include "readers/MVNOgreRenderReaderType.h"
 
 namespace OgreBites {
 struct InputListener;
@@ -66,6 +67,10 @@ public:
     // draw about twice as fast without it. Takes effect at the next init.
     void setAntiAliasing(bool enabled) { mAntiAliasing = enabled; }
     bool isAntiAliasing() const { return mAntiAliasing; }
+    // The read-back strategy where no marker file chooses one (the render
+    // system's "reader" property). Takes effect at the next init.
+    void setReaderType(MVNOgreRenderReaderType type) { mReaderType = type; }
+    MVNOgreRenderReaderType readerType() const { return mReaderType; }
 
     // Queues `call` for the render thread under `name` and returns at once.
     // Dropped without a word while no queue is running.
@@ -146,6 +151,7 @@ protected:
     bool mUseTextureFiltering = true;            // read through isUseTextureFiltering
     std::deque<MVNOgreSceneManager*> mSceneManagersToDestroy;
     std::vector<std::string> mResourceLocations;  // see addResourceLocation
+    MVNOgreRenderReaderType mReaderType = MVN_READER_RTT;  // see setReaderType
     bool mAntiAliasing = true;                     // see setAntiAliasing  // destroyed by release, on the render thread
 };
 

@@ -6,6 +6,7 @@
 // All operations run on the render thread, except updateRenderTime and
 // getRenderFrame, which come from host threads.
 #include <memory>
+#include <string>
 
 #include "MVNOgreExport.h"
 #include "readers/MVNOgreRenderReaderType.h"
@@ -54,6 +55,13 @@ public:
     // Type 2 falls back to RTT; unknown types build RTT.
     static MVNOgreRenderReader* create(MVNOgreContextBase* context, MVNOgreRenderReaderType type,
                                        bool antiAliasing);
+    // The strategy a render system's "reader" property names ("rtt",
+    // "rtt_sample", "direct", "gl"); false for any other name.
+    static bool typeFromName(const std::string& name, MVNOgreRenderReaderType& type);
+    // The strategy of the marker files in the working folder (read_use_rtt,
+    // read_use_rtt_sample, read_use_direct, read_use_gl), the later of the
+    // table winning where several exist; without any, `fallback`.
+    static MVNOgreRenderReaderType typeFromMarkers(MVNOgreRenderReaderType fallback);
     // RTT sample where GL has multisample textures, otherwise RTT. Needs a
     // current GL context.
     static MVNOgreRenderReaderType chooseRenderReaderTypeAuto();

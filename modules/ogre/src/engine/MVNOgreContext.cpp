@@ -12,6 +12,7 @@
 #include "core/MVNByteBufferPool.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreDepthClear.h"
+#include "engine/MVNOgreManager.h"
 #include "readers/MVNOgreRenderReader.h"
 #include "engine/WindowEventUtilities.h"
 
@@ -32,13 +33,7 @@ MVNOgreContext::MVNOgreContext(const std::string& name, int width, int height)
 MVNOgreContext::~MVNOgreContext() = default;
 
 int MVNOgreContext::readerTypeFromMarkers() {
-    int type = MVN_READER_RTT;
-    // Later entries win when several files exist.
-    if (markerExists("read_use_direct")) type = MVN_READER_DIRECT;
-    if (markerExists("read_use_rtt")) type = MVN_READER_RTT;
-    if (markerExists("read_use_rtt_sample")) type = MVN_READER_RTT_SAMPLE;
-    if (markerExists("read_use_gl")) type = MVN_READER_GL;
-    return type;
+    return MVNOgreRenderReader::typeFromMarkers(MVN_READER_RTT);
 }
 
 void MVNOgreContext::setup() {
@@ -46,7 +41,8 @@ void MVNOgreContext::setup() {
     MVNOgreContextBase::setup();
     createScene();
     log_info(TAG, "64bit use rtt read");
-    int type = readerTypeFromMarkers();
+    // A marker file beats the render system's "reader" property.
+    int type = MVNOgreRenderReader::typeFromMarkers(MVNOgreManager::getSingleton()->readerType());
     mRenderReader = MVNOgreRenderReader::create(this, static_cast<MVNOgreRenderReaderType>(type), true);
     log_debug(TAG, "setup done");
 }

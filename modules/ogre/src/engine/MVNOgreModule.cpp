@@ -11,6 +11,7 @@
 #include "MVNOgreExport.h"
 #include "engine/MVNOgreManager.h"
 #include "engine/MVNOgreRenderSystem.h"
+#include "readers/MVNOgreRenderReader.h"
 #include "scene/MVNOgreRenderTexture.h"
 #include "producers/MVNGrid.h"
 #include "producers/MVNGroupSample.h"
@@ -72,6 +73,14 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
         int renderWinHeight = props.getInt32("render_win_height", 0);
         // Multisampling stays on unless the host trades it for speed.
         MVNOgreManager::getSingleton()->setAntiAliasing(props.getBoolean("anti_aliasing", true));
+        // How frames are read back where no marker file says: "rtt" (the
+        // default), "rtt_sample", "direct" or "gl".
+        std::string reader = props.getString("reader", "rtt");
+        MVNOgreRenderReaderType readerType = MVN_READER_RTT;
+        if (!MVNOgreRenderReader::typeFromName(reader, readerType)) {
+            log_error(kTag, "createRenderSystem unknown reader:%s, rtt used", reader.c_str());
+        }
+        MVNOgreManager::getSingleton()->setReaderType(readerType);
         // Folders, separated by ';', whose files the engine finds by name.
         std::string locations = props.getString("resource_locations", "");
         for (size_t start = 0; start < locations.size();) {

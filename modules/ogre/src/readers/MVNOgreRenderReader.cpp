@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 #include <Ogre.h>
 #include <OgreRTShaderSystem.h>
+#include <sys/stat.h>
 
 #include "core/MVNLog.h"
 #include "engine/MVNOgreContextBase.h"
@@ -69,24 +70,73 @@ MVNOgreRenderReaderType MVNOgreRenderReader::chooseRenderReaderTypeAuto() {
     return MVN_READER_RTT_SAMPLE;
 }
 
+namespace {
+
+MVNOgreRenderReader* createRTTSample(MVNOgreContextBase* context, bool antiAliasing) {
+    MVNOgreRenderReader* reader = MVNOgreRenderReaderRTTSample::create(context, antiAliasing);
+    if (reader) return reader;
+    log_error(TAG, "OgreRenderReaderRTTSample create failed, auto changed to OgreRenderReaderRTT");
+    return MVNOgreRenderReaderRTT::create(context, antiAliasing);
+}
+
+// One row per read-back strategy: the name a render system's "reader"
+// property gives it, the marker file that chooses it, its type and how it is
+// built. Where several marker files exist, the later row wins. Adding a
+// reader is its class, its type and one row.
+struct ReaderRow {
+    const char* name;
+    const char* marker;
+    MVNOgreRenderReaderType type;
+    MVNOgreRenderReader* (*construct)(MVNOgreContextBase* context, bool antiAliasing);
+};
+
+const ReaderRow kReaders[] = {
+    {"direct", "read_use_direct", MVN_READER_DIRECT,
+     [](MVNOgreContextBase* context, bool) -> MVNOgreRenderReader* { return MVNOgreRenderReaderDirect::create(context); }},
+    {"rtt", "read_use_rtt", MVN_READER_RTT,
+     [](MVNOgreContextBase* context, bool antiAliasing) -> MVNOgreRenderReader* {
+         return MVNOgreRenderReaderRTT::create(context, antiAliasing);
+     }},
+    {"rtt_sample", "read_use_rtt_sample", MVN_READER_RTT_SAMPLE, createRTTSample},
+    {"gl", "read_use_gl", MVN_READER_GL,
+     [](MVNOgreContextBase* context, bool) -> MVNOgreRenderReader* {
+         return MVNOgreRenderReaderGLReadPixels::create(context);
+     }},
+};
+
+// Marker files count by their existence alone.
+bool markerExists(const char* name) {
+    struct stat st;
+    return ::stat(name, &st) == 0;
+}
+
+}  // namespace
+
+bool MVNOgreRenderReader::typeFromName(const std::string& name, MVNOgreRenderReaderType& type) {
+    for (const ReaderRow& row : kReaders) {
+        if (name == row.name) {
+            type = row.type;
+            return true;
+        }
+    }
+    return false;
+}
+
+MVNOgreRenderReaderType MVNOgreRenderReader::typeFromMarkers(MVNOgreRenderReaderType fallback) {
+    MVNOgreRenderReaderType type = fallback;
+    for (const ReaderRow& row : kReaders) {
+        if (markerExists(row.marker)) type = row.type;
+    }
+    return type;
+}
+
 MVNOgreRenderReader* MVNOgreRenderReader::create(MVNOgreContextBase* context, MVNOgreRenderReaderType type,
                                                  bool antiAliasing) {
     if (type == MVN_READER_AUTO) type = chooseRenderReaderTypeAuto();
-    switch (type) {
-        case MVN_READER_RTT_SAMPLE: {
-            MVNOgreRenderReader* reader = MVNOgreRenderReaderRTTSample::create(context, antiAliasing);
-            if (reader) return reader;
-            log_error(TAG, "OgreRenderReaderRTTSample create failed, auto changed to OgreRenderReaderRTT");
-            return MVNOgreRenderReaderRTT::create(context, antiAliasing);
-        }
-        case MVN_READER_DIRECT:
-            return MVNOgreRenderReaderDirect::create(context);
-        case MVN_READER_GL:
-            return MVNOgreRenderReaderGLReadPixels::create(context);
-        case MVN_READER_RTT:
-        default:
-            return MVNOgreRenderReaderRTT::create(context, antiAliasing);
+    for (const ReaderRow& row : kReaders) {
+        if (row.type == type) return row.construct(context, antiAliasing);
     }
+    return MVNOgreRenderReaderRTT::create(context, antiAliasing);
 }
 
 }  // namespace Morvane

@@ -21,6 +21,7 @@
 #include "services/MVNRenderTexture.h"
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
+#include "transitions/MVNTransitionSample.h"
 #include "core/MVNTypes.h"
 
 namespace Morvane {
@@ -155,7 +156,7 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
                 log_error(kTag, "create transition sample failed, rsource is null");
                 return nullptr;
             }
-            return serviceNotAvailable(name, *profile, resource);
+            return new MVNTransitionSample(*profile, resource.c_str());
         }
         if (service == "ogre.filter.sample") {
             std::string resource = props.getString("resource", "");

@@ -15,7 +15,13 @@ namespace Morvane {
 //                                "resource": R, "geometry": "[x:y wxh]",
 //                                "properties": { ... },
 //                                "filters": [ { "service": S, "resource": R,
-//                                               "properties": { ... } } ] } ] } ] }
+//                                               "properties": { ... } } ] },
+//                              { "transition": NAME | "FILE.glsl", "length": N,
+//                                "properties": { ... } } ] } ] }
+//
+// A transition stands between two clips of a track and overlaps the last N
+// frames of the clip before with the first N of the clip after, through
+// the service "ogre.transition.sample"; the track gets N frames shorter.
 //
 // Tracks go bottom to top: each clip gets zOrder track + 1, so an upper track
 // draws over a lower one. Geometry is in profile pixels with the origin at

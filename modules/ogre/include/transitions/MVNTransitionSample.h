@@ -56,6 +56,7 @@ private:
     void _ApplyUniform(const std::string& key);
     void _ReadEasing();
     bool _HasCanvas(MVNProducer* clip);
+    MVNRect _ClipGeometry(MVNProducer* clip) const;
     void _ReleaseNode();
     // The material a resource names: itself, or the one made from a .glsl
     // file.

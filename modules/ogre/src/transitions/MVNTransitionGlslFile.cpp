@@ -148,8 +148,9 @@ std::vector<MVNTransitionGlslFile::Uniform> MVNTransitionGlslFile::parseUniforms
 std::string MVNTransitionGlslFile::wrap(const std::string& prelude, const std::string& function,
                                         const std::string& main) {
     // The compiler counts the function's lines from 1, so its messages point
-    // into the user's file.
-    return std::string(kVersionLine) + prelude + "\n#line 1\n" + function + "\n" + main;
+    // into the user's file (before version 330, #line names the line before
+    // the next one).
+    return std::string(kVersionLine) + prelude + "\n#line 0\n" + function + "\n" + main;
 }
 
 std::string MVNTransitionGlslFile::material(const std::string& path) {

@@ -55,6 +55,13 @@ std::string MVNTransitionSample::_MaterialFor(const std::string& name) {
     return material.empty() ? name : material;
 }
 
+MVNRect MVNTransitionSample::_ClipGeometry(MVNProducer* clip) const {
+    MVNRect rect = clip->getGeometry();
+    // All zero stands for the whole profile.
+    if (rect.isEmpty()) rect = MVNRect(0, 0, static_cast<float>(profile().width()), static_cast<float>(profile().height()));
+    return rect;
+}
+
 bool MVNTransitionSample::_HasCanvas(MVNProducer* clip) {
     std::vector<std::string> ids;
     clip->getVideoFilters(ids);
@@ -91,9 +98,9 @@ void MVNTransitionSample::_Config() {
         return;
     }
     MVNRect whole(0, 0, static_cast<float>(profile().width()), static_cast<float>(profile().height()));
-    node->setGeometryA(canvasA ? whole : clipA->getGeometry());
+    node->setGeometryA(canvasA ? whole : _ClipGeometry(clipA));
     node->setRotationA(clipA->getRotation());
-    node->setGeometryB(canvasB ? whole : clipB->getGeometry());
+    node->setGeometryB(canvasB ? whole : _ClipGeometry(clipB));
     node->setRotationB(clipB->getRotation());
     node->setVisible(false);
     _SetupParameters();
@@ -204,8 +211,8 @@ void MVNTransitionSample::setDefaultGeometry() {
     if (clipA) clipA->setDefaultGeometry();
     if (clipB) clipB->setDefaultGeometry();
     if (node == nullptr) return;
-    if (clipA && !_HasCanvas(clipA)) node->setGeometryA(clipA->getGeometry());
-    if (clipB && !_HasCanvas(clipB)) node->setGeometryB(clipB->getGeometry());
+    if (clipA && !_HasCanvas(clipA)) node->setGeometryA(_ClipGeometry(clipA));
+    if (clipB && !_HasCanvas(clipB)) node->setGeometryB(_ClipGeometry(clipB));
 }
 
 void MVNTransitionSample::_OnGeometryChanged(const MVNRect& rect) {

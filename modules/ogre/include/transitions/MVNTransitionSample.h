@@ -57,6 +57,8 @@ private:
     void _ReadEasing();
     bool _HasCanvas(MVNProducer* clip);
     MVNRect _ClipGeometry(MVNProducer* clip) const;
+    // The texture the converter of a clip samples; empty: uploaded pixels.
+    std::string _InputTexture(MVNProducer* clip) const;
     void _ReleaseNode();
     // The material a resource names: itself, or the one made from a .glsl
     // file.

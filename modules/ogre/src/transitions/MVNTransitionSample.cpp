@@ -62,6 +62,15 @@ MVNRect MVNTransitionSample::_ClipGeometry(MVNProducer* clip) const {
     return rect;
 }
 
+std::string MVNTransitionSample::_InputTexture(MVNProducer* clip) const {
+    std::string rtt = clip->getString("_outputRtt", "");
+    // An image clip's frames are blank: its picture is the texture the
+    // engine loaded under the clip's resource, and the converter samples it
+    // there.
+    if (rtt.empty() && clip->getString("service", "") == "ogre.image") rtt = clip->getString("resource", "");
+    return rtt;
+}
+
 bool MVNTransitionSample::_HasCanvas(MVNProducer* clip) {
     std::vector<std::string> ids;
     clip->getVideoFilters(ids);
@@ -84,8 +93,8 @@ void MVNTransitionSample::_Config() {
     // A clip that ends in a canvas filter already fills the whole profile.
     if (canvasA) wA = profile().width(), hA = profile().height();
     if (canvasB) wB = profile().width(), hB = profile().height();
-    std::string rttA = clipA->getString("_outputRtt", "");
-    std::string rttB = clipB->getString("_outputRtt", "");
+    std::string rttA = _InputTexture(clipA);
+    std::string rttB = _InputTexture(clipB);
     int animA = clipA->getAnimation();
     int animB = clipB->getAnimation();
 

@@ -142,6 +142,34 @@ TEST_F(TransitionService, HalfClipShowsInItsPlaceAndTransparencyElsewhere) {
     EXPECT_EQ(out.countInside(W / 2 + 2, 2, W / 2 - 4, H - 4, kMagenta, false), 0);
 }
 
+// An image clip gives blank frames: the transition samples the texture the
+// engine holds under the clip's resource.
+TEST_F(TransitionService, ImageClipShowsThroughItsTexture) {
+    onRenderThread([]() {
+        Ogre::TexturePtr t = Ogre::TextureManager::getSingleton().createManual(
+            "TransitionStill", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, 64, 32, 0, Ogre::PF_BYTE_BGRA);
+        BgraPicture picture(64, 32, kRed);
+        picture.paint(0, 0, 8, 8, kGreen);
+        t->getBuffer()->blitFromMemory(Ogre::PixelBox(64, 32, 1, Ogre::PF_BYTE_BGRA, picture.data()));
+    });
+    MVNProperties image;
+    image.setString("service", "ogre.image");
+    image.setString("resource", "TransitionStill");
+    std::string imageId = MVNFactory::getSingleton()->createProducer(profile(), image);
+    ASSERT_FALSE(imageId.empty());
+    ids_.push_back(imageId);
+    MVNProducer* still = MVNFactory::getSingleton()->getProducerById(imageId);
+    still->setGeometry(MVNRect(0, 0, W, H));
+    MVNTransitionSample* transition = makeFade(4);
+    ASSERT_NE(transition, nullptr);
+    ASSERT_EQ(transition->connect(still, clipB_.get()), 0);
+    show(transition, 0);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(out.at(W / 2, H / 2), kRed);
+    EXPECT_EQ(out.at(5, H - 6), kGreen);  // the marker, scaled to the frame's top-left
+}
+
 // A frame that names a render texture has no pixels: nothing is uploaded
 // and the last picture stays.
 TEST_F(TransitionService, RenderTextureFrameIsNotUploaded) {

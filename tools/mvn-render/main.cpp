@@ -2,6 +2,7 @@
 // frames.
 //
 //   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
+//   mvn-render --list-transitions
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
 // unknown service; 1 the renderer or the output failed.

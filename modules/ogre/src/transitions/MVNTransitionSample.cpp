@@ -188,6 +188,10 @@ MVNFrame* MVNTransitionSample::processImage(int position, MVNFrame* frameA, MVNF
     if (clipB) clipB->resetRender(position);
     if (node) {
         node->setVisible(true);
+        // An animated clip goes on moving in its converted picture, from the
+        // start of its animation.
+        if (clipA && clipA->getAnimation() != 0) node->updateAnimationA(position);
+        if (clipB && clipB->getAnimation() != 0) node->updateAnimationB(position);
         node->render(position);
         node->process(progressAt(position));
     }

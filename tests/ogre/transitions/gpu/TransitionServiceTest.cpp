@@ -235,6 +235,36 @@ TEST_F(TransitionService, EasingReshapesProgressInThePicture) {
     EXPECT_FLOAT_EQ(transition->progressAt(2), 0.5f);
 }
 
+// "transitionInvert" swaps the clips: at progress 0 the fade shows B.
+TEST_F(TransitionService, InvertStartsFromTheClipAfter) {
+    MVNTransitionSample* transition = makeFade(4);
+    ASSERT_NE(transition, nullptr);
+    connect(transition);
+    transition->setBoolean("transitionInvert", true);
+    show(transition, 0);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    EXPECT_EQ(out.at(W / 2, H / 2), kBlue);
+}
+
+// "rotationA" turns clip A in its converted picture: a wide clip stands
+// upright about its centre, and the frame around it stays transparent.
+TEST_F(TransitionService, RotationATurnsClipAInPlace) {
+    MVNTransitionSample* transition =
+        make(writeFile("fade.glsl", kFade), 4, MVNProperties(), markedPicture(120, 40, kRed));
+    ASSERT_NE(transition, nullptr);
+    clipA_->setGeometry(MVNRect(100, 70, 120, 40));
+    connect(transition);
+    transition->setInt32("rotationA", 90);
+    show(transition, 0);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    out.save("rotation_a");
+    EXPECT_EQ(out.at(160, 140), kRed);      // 50 above the centre: inside only when upright
+    EXPECT_EQ(out.at(200, 90), kMagenta);   // 40 right of it: inside only when lying
+    EXPECT_EQ(out.at(160, 90), kRed);
+}
+
 struct FileCase {
     const char* name;
     const char* source;

@@ -214,6 +214,8 @@ private:
     // Shows or hides the render texture as visibility, the timeline and the
     // filters want it; under mStateLock.
     void _syncQuad();
+    // After a change of group: the video filters rebuild in the new scene.
+    void _moveFiltersToGroup();
 };
 
 }  // namespace Morvane

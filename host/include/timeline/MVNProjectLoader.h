@@ -23,6 +23,15 @@ namespace Morvane {
 // frames of the clip before with the first N of the clip after, through
 // the service "ogre.transition.sample"; the track gets N frames shorter.
 //
+// A group clip ("service": "ogre.group.sample") adds "tracks" of the same
+// form as the project's: they become a timeline of their own, built before
+// the group and connected to it, whose picture the group places, filters
+// and stacks as one. Groups nest; the paths of errors inside them run on
+// ("tracks[0].clips[2].tracks[1].clips[0].length"). A grid ("ogre.grid")
+// takes "row", "column" and its cells "clip.<row>.<column>.resource" (a
+// file beside the project, made absolute, or a colour "#rrggbb[aa]") as
+// properties, all checked before anything is built.
+//
 // Tracks go bottom to top: each clip gets zOrder track + 1, so an upper track
 // draws over a lower one. Geometry is in profile pixels with the origin at
 // the top-left corner, y down; without it a clip fills the frame. Relative

@@ -151,7 +151,8 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
             key = 0;  // the picture is the filters' now
         }
         if (!mVideoFilters.empty()) {
-            f = _runChain(mVideoFilters, position, f);
+            // A group runs its video filters itself while it draws.
+            if (dynamic_cast<MVNGroup*>(this) == nullptr) f = _runChain(mVideoFilters, position, f);
             for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
         }
     }
@@ -277,6 +278,7 @@ int MVNProducer::connectGroup(const std::string& name) {
         _destroyTextureNode();
         _createTextureNode();
     }
+    _moveFiltersToGroup();
     _OnGroupConnected(name);
     return 0;
 }
@@ -296,8 +298,16 @@ int MVNProducer::disconnectGroup(const std::string& name) {
         _destroyTextureNode();
         _createTextureNode();
     }
+    _moveFiltersToGroup();
     _OnGroupDisconnected(name);
     return 0;
+}
+
+void MVNProducer::_moveFiltersToGroup() {
+    // A filter that draws the clip's picture draws it in the clip's scene:
+    // rebuilt there.
+    std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
+    for (MVNFilter* f : mVideoFilters) f->reconfig();
 }
 
 int MVNProducer::connectTransition(MVNTransition* transition) {
@@ -453,7 +463,11 @@ int MVNProducer::attach(MVNFilter* filter) {
             prev->setInt32("_outputType", MVN_OUTPUT_RTT);
         bool groupHead = prev == nullptr && dynamic_cast<MVNGroup*>(this) != nullptr;
         filter->block();
-        if (!groupHead) {
+        if (groupHead) {
+            // The first filter of a group reads the group's render texture.
+            filter->setInt32("_inputType", MVN_INPUT_GROUP_RTT);
+            filter->setString("_inputRtt", getString("_groupOutRtt", ""));
+        } else {
             filter->setInt32("_inputType", prev != nullptr ? MVN_INPUT_RTT : MVN_INPUT_FRAME);
             filter->setString("_inputRtt", prev != nullptr ? prev->getString("_outputRtt", "") : std::string());
         }

@@ -1,14 +1,17 @@
 #include "timeline/MVNProjectLoader.h"
 
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
+#include "core/MVNCellKinds.h"
 #include "services/MVNFactory.h"
 #include "services/MVNFilter.h"
+#include "services/MVNGroup.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNPlaylist.h"
 #include "services/MVNProducer.h"
@@ -41,6 +44,8 @@ struct FilterPlan {
     MVNProperties properties;
 };
 
+struct TrackPlan;
+
 struct ClipPlan {
     std::string path;
     int blank = 0;            // > 0: a blank of that many frames
@@ -51,11 +56,19 @@ struct ClipPlan {
     bool hasGeometry = false;
     MVNRect geometry;  // host convention: bottom-left origin
     std::vector<FilterPlan> filters;
+    // A group: its own timeline, composed inside it.
+    std::vector<TrackPlan> tracks;
+    // A grid: the JSON paths of its cells' resources by property key, so
+    // that a cell the grid could not make is named where it was written.
+    std::vector<std::pair<std::string, std::string>> cells;
 };
 
 struct TrackPlan {
     std::vector<ClipPlan> clips;
 };
+
+const char* const kGroupService = "ogre.group.sample";
+const char* const kGridService = "ogre.grid";
 
 int requireInt(const json& v, const std::string& path, int min) {
     if (!v.is_number_integer()) fail(path, "expected an integer, got " + typeName(v));
@@ -259,6 +272,58 @@ void checkTransitions(const std::vector<ClipPlan>& clips) {
     }
 }
 
+std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path, const MVNProfile& profile,
+                                     const std::string& folder, std::vector<std::string>& locations);
+
+// A grid's properties: "row" and "column" of at least 1, and cells
+// "clip.<row>.<column>.resource" inside them, each a file beside the
+// project (made absolute) or a colour "#rrggbb[aa]".
+void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std::string& folder) {
+    const std::string at = path + ".properties";
+    // Checked in the file, where a number and a text still differ.
+    static const json kNone = json::object();
+    const json& given = v.contains("properties") ? v["properties"] : kNone;
+    auto size = [&](const char* key) {
+        if (!given.contains(key)) fail(at + "." + key, "missing");
+        const json& n = given[key];
+        if (!n.is_number_integer() || n.get<long long>() < 1 || n.get<long long>() > 1000) {
+            fail(at + "." + key, "expected an integer from 1 to 1000");
+        }
+        return n.get<int>();
+    };
+    int rows = size("row");
+    int columns = size("column");
+    for (const std::string& key : plan.properties.keys()) {
+        if (key.rfind("clip.", 0) != 0) continue;
+        const std::string kpath = at + "." + key;
+        int row = -1, column = -1;
+        // Written as the grid reads it back: decimal, no sign, no zeros in front.
+        if (std::sscanf(key.c_str(), "clip.%d.%d.", &row, &column) != 2 || row < 0 || column < 0 ||
+            key != "clip." + std::to_string(row) + "." + std::to_string(column) + ".resource") {
+            fail(kpath, "expected a cell key \"clip.<row>.<column>.resource\"");
+        }
+        if (row >= rows || column >= columns) {
+            fail(kpath, "cell outside the grid of " + std::to_string(rows) + "x" + std::to_string(columns));
+        }
+        if (!given[key].is_string() || given[key].get_ref<const std::string&>().empty()) {
+            fail(kpath, "expected a file or a colour");
+        }
+        std::string resource = given[key].get<std::string>();
+        if (resource[0] != '#') {
+            if (cellServiceForPath(resource).empty()) {
+                fail(kpath, "a cell shows a colour \"#rrggbb\" or a file of " + cellExtensions() + ", not \"" +
+                                resource + "\"");
+            }
+            fs::path p(resource);
+            fs::path full = p.is_absolute() ? p : fs::path(folder) / p;
+            std::error_code ec;
+            if (!fs::is_regular_file(full, ec)) fail(kpath, "file not found: " + full.lexically_normal().string());
+            plan.properties.setString(key.c_str(), fs::absolute(full, ec).lexically_normal().string());
+        }
+        plan.cells.emplace_back(key, kpath);
+    }
+}
+
 ClipPlan planClip(const json& v, const std::string& path, int track, const MVNProfile& profile,
                   const std::string& folder, std::vector<std::string>& locations) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
@@ -270,7 +335,8 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
         plan.blank = requireInt(v["blank"], path + ".blank", 1);
         return plan;
     }
-    static const char* known[] = {"service", "length", "in", "resource", "geometry", "properties", "filters"};
+    static const char* known[] = {"service", "length", "in", "resource", "geometry", "properties", "filters",
+                                  "tracks"};
     for (auto it = v.begin(); it != v.end(); ++it) {
         if (std::find_if(std::begin(known), std::end(known), [&](const char* k) { return it.key() == k; }) ==
             std::end(known)) {
@@ -286,6 +352,17 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
 
     if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
     plan.properties.setString("service", service);
+    if (service == kGroupService) {
+        if (!v.contains("tracks")) fail(path + ".tracks", "missing: a group composes its own tracks");
+        if (v.contains("resource")) fail(path + ".resource", "a group takes no resource");
+        plan.tracks = planTrackList(v["tracks"], path + ".tracks", profile, folder, locations);
+    } else if (v.contains("tracks")) {
+        fail(path + ".tracks", "only a group (\"" + std::string(kGroupService) + "\") takes tracks");
+    }
+    if (service == kGridService) {
+        if (v.contains("resource")) fail(path + ".resource", "a grid takes its cells as properties");
+        planGrid(plan, v, path, folder);
+    }
     if (v.contains("resource")) {
         plan.properties.setString(
             "resource", resolvePicture(requireString(v["resource"], path + ".resource"), folder, path + ".resource",
@@ -315,15 +392,14 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     return plan;
 }
 
-std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, const std::string& folder,
-                                  std::vector<std::string>& locations) {
-    if (!root.contains("tracks")) fail("tracks", "missing");
-    const json& tracks = root["tracks"];
-    if (!tracks.is_array()) fail("tracks", "expected a list, got " + typeName(tracks));
-    if (tracks.empty()) fail("tracks", "no track to render");
+// The tracks of the project or of a group; `path` names the list.
+std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path, const MVNProfile& profile,
+                                     const std::string& folder, std::vector<std::string>& locations) {
+    if (!tracks.is_array()) fail(path, "expected a list, got " + typeName(tracks));
+    if (tracks.empty()) fail(path, "no track to render");
     std::vector<TrackPlan> plans;
     for (size_t t = 0; t < tracks.size(); ++t) {
-        const std::string tpath = "tracks[" + std::to_string(t) + "]";
+        const std::string tpath = path + "[" + std::to_string(t) + "]";
         const json& track = tracks[t];
         if (!track.is_object()) fail(tpath, "expected an object, got " + typeName(track));
         for (auto it = track.begin(); it != track.end(); ++it) {
@@ -343,20 +419,54 @@ std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, c
     return plans;
 }
 
-// Builds what the plans describe; throws ProjectError after a refusal (the
-// caller destroys what was built).
-void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
+std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, const std::string& folder,
+                                  std::vector<std::string>& locations) {
+    if (!root.contains("tracks")) fail("tracks", "missing");
+    return planTrackList(root["tracks"], "tracks", profile, folder, locations);
+}
+
+// Builds what the plans describe: a tractor with one playlist per track,
+// whose id is returned; `path` names the track list in messages. Throws
+// ProjectError after a refusal (the caller destroys what was built).
+std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string& path, MVNProject& project,
+                          int& length);
+
+// Connects a group to its timeline (built before the group, so that the
+// group is destroyed first); checks that a grid made all its cells.
+void buildComposite(const ClipPlan& clip, MVNProducer* producer, const std::string& timelineId) {
+    if (!timelineId.empty()) {
+        auto* group = dynamic_cast<MVNGroup*>(producer);
+        if (group == nullptr || group->connect(timelineId) != 0) {
+            fail(clip.path, "the group refused its tracks (see the log)");
+        }
+    }
+    if (clip.cells.empty()) return;
+    auto* grid = dynamic_cast<MVNGroup*>(producer);
+    MVNTractor* cells = grid != nullptr ? dynamic_cast<MVNTractor*>(grid->producer()) : nullptr;
+    int columns = producer->getInt32("column", 1);
+    for (const auto& cell : clip.cells) {
+        int row = 0, column = 0;
+        std::sscanf(cell.first.c_str(), "clip.%d.%d.", &row, &column);
+        auto* playlist = cells != nullptr ? dynamic_cast<MVNPlaylist*>(cells->getTrack(row * columns + column))
+                                          : nullptr;
+        if (playlist == nullptr || playlist->count() == 0) {
+            fail(cell.second, "the grid could not make this cell (see the log)");
+        }
+    }
+}
+
+std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string& path, MVNProject& project,
+                          int& length) {
     MVNFactory* factory = MVNFactory::getSingleton();
     const MVNProfile& profile = project.profile;
     MVNProperties none;
     std::string tractorId = factory->createTractor(profile, none);
-    if (tractorId.empty()) fail("tracks", "the tractor could not be built (see the log)");
+    if (tractorId.empty()) fail(path, "the tractor could not be built (see the log)");
     project.serviceIds.push_back(tractorId);
-    project.tractorId = tractorId;
     MVNTractor* tractor = factory->getTractorById(tractorId);
 
     for (size_t t = 0; t < plans.size(); ++t) {
-        const std::string tpath = "tracks[" + std::to_string(t) + "]";
+        const std::string tpath = path + "[" + std::to_string(t) + "]";
         std::string playlistId = factory->createPlaylist(profile, none);
         if (playlistId.empty()) fail(tpath, "the playlist could not be built (see the log)");
         project.serviceIds.push_back(playlistId);
@@ -378,6 +488,11 @@ void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
                 if (playlist->appendBlank(clip.blank) != 0) fail(clip.path, "the blank was refused");
                 continue;
             }
+            std::string timelineId;
+            if (!clip.tracks.empty()) {
+                int inner = 0;
+                timelineId = buildTimeline(clip.tracks, clip.path + ".tracks", project, inner);
+            }
             std::string id = factory->createProducer(profile, clip.properties);
             if (id.empty()) {
                 fail(clip.path, "service \"" + clip.properties.getString("service", "") +
@@ -385,6 +500,7 @@ void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
             }
             project.serviceIds.push_back(id);
             MVNProducer* producer = factory->getProducerById(id);
+            buildComposite(clip, producer, timelineId);
             // After init, which sets a producer's own default timing.
             int out = clip.in + clip.length - 1;
             if (producer->getLength() < out + 1) producer->setLength(out + 1);
@@ -409,9 +525,14 @@ void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
             }
         }
         if (tractor->setTrack(playlistId, -1) != 0) fail(tpath, "the tractor refused the track");
-        project.length = std::max(project.length, playlist->totalLength());
+        length = std::max(length, playlist->totalLength());
     }
     tractor->refresh();
+    return tractorId;
+}
+
+void buildTracks(const std::vector<TrackPlan>& plans, MVNProject& project) {
+    project.tractorId = buildTimeline(plans, "tracks", project, project.length);
 }
 
 }  // namespace

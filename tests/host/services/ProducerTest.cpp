@@ -368,3 +368,35 @@ TEST(Group, ConnectsARegisteredProducerAsItsTimeline) {
     EXPECT_EQ(group->disconnected, 1);
     destroyService(groupId);
 }
+
+TEST(Group, ItsFiltersReadItsTextureAndRunOnlyWhereTheGroupRunsThem) {
+    MVNProfile profile("hd_720_25p");
+    // A group whose picture (frame id 7) goes through its filters while it
+    // draws, as groups do, and whose frame comes out as it was.
+    struct DrawingGroup : MVNGroup {
+        explicit DrawingGroup(const MVNProfile& p) : MVNGroup(p) { setString("_groupOutRtt", "GroupRtt_1"); }
+        int _getImage(int position, MVNFrame** frame) override {
+            MVNFrame* inside = MVNFrame::pullFromPool(1);
+            inside->setId(7);
+            for (MVNFilter* f : videoFilters()) inside = f->processImage(position, inside);
+            drawn = inside->id();
+            MVNFrame::pushBackPool(inside);
+            *frame = MVNFrame::pullFromPool(1);
+            (*frame)->setId(7);
+            return 0;
+        }
+        int drawn = 0;
+    };
+    DrawingGroup group(profile);
+    StampFilter first(profile, 1), second(profile, 2);
+    ASSERT_EQ(group.attach(&first), 0);
+    ASSERT_EQ(group.attach(&second), 0);
+    EXPECT_EQ(first.inputAtConnect, MVN_INPUT_GROUP_RTT);
+    EXPECT_EQ(first.getString("_inputRtt", ""), "GroupRtt_1");
+    MVNFrame* frame = nullptr;
+    ASSERT_EQ(group.getImage(3, &frame), 0);
+    EXPECT_EQ(group.drawn, 712);
+    EXPECT_EQ(frame->id(), 7) << "the chain ran once, inside the group";
+    MVNFrame::pushBackPool(frame);
+    group.detachAll();
+}

@@ -14,8 +14,9 @@ class MVN_OGRE_API MVNOgreFilterMaterial : public MVNOgreFilterBase {
 public:
     // textureName: the input texture by name (an RTT, or an image the
     // engine can load), empty when pixels come through updateTexture.
+    // sceneName: the scene of the clip's group, empty for the shared scene.
     MVNOgreFilterMaterial(const std::string& materialName, int width, int height, int zOrder,
-                          std::string textureName, int animation);
+                          std::string textureName, int animation, const std::string& sceneName = std::string());
     ~MVNOgreFilterMaterial() override;
     MVNOgreFilterMaterial(const MVNOgreFilterMaterial&) = delete;
     MVNOgreFilterMaterial& operator=(const MVNOgreFilterMaterial&) = delete;
@@ -58,6 +59,7 @@ private:
     float _scale() const;
 
     std::string mMaterialName;                  // the script the clone comes from
+    std::string mSceneName;                     // where the quad lives
     std::string mTextureName;                   // input texture by name, or empty
     MVNOgreMaterialFilter* mMaterial = nullptr;  // owned; render thread
     MVNOgreSceneNodePlane* mNode = nullptr;      // owned; render thread

@@ -12,6 +12,8 @@
 #include "engine/MVNOgreManager.h"
 #include "engine/MVNOgreRenderSystem.h"
 #include "scene/MVNOgreRenderTexture.h"
+#include "producers/MVNGrid.h"
+#include "producers/MVNGroupSample.h"
 #include "producers/MVNProducerColor.h"
 #include "producers/MVNProducerImage.h"
 #include "producers/MVNProducerPixelBuffer.h"
@@ -192,10 +194,10 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
             return serviceNotAvailable(name, *profile, resourceOne, resourceTwo);
         }
         if (service == "ogre.group.sample") {
-            return serviceNotAvailable(name, *profile);
+            return new MVNGroupSample(*profile);
         }
         if (service == "ogre.grid") {
-            return serviceNotAvailable(name, *profile);
+            return new MVNGrid(*profile);
         }
         log_error(kTag, "error service name:%s", name);
         return nullptr;

@@ -144,7 +144,7 @@ void MVNFilterSample::_Config() {
 
     switch (outputType) {
         case MVN_OUTPUT_SCENE: {
-            auto* node = new MVNOgreFilterMaterial(resource, width, height, zOrder, inputTexture, anim);
+            auto* node = new MVNOgreFilterMaterial(resource, width, height, zOrder, inputTexture, anim, groupName);
             node->setRotation(rotation);
             mFilterNode = node;
             block();

@@ -22,8 +22,9 @@ int quadSide(float side, float scale) { return static_cast<int>(std::lround(side
 }  // namespace
 
 MVNOgreFilterMaterial::MVNOgreFilterMaterial(const std::string& materialName, int width, int height, int zOrder,
-                                             std::string textureName, int animation)
+                                             std::string textureName, int animation, const std::string& sceneName)
     : mMaterialName(materialName),
+      mSceneName(sceneName.empty() ? kSharedScene : sceneName),
       mTextureName(std::move(textureName)),
       mZOrder(zOrder),
       mWidth(width),
@@ -63,7 +64,7 @@ void MVNOgreFilterMaterial::_init() {
         return;
     }
     float scale = _scale();
-    mNode = new MVNOgreSceneNodePlane(kSharedScene, mMaterial->getMaterial(), quadSide(mSize[0], scale),
+    mNode = new MVNOgreSceneNodePlane(mSceneName, mMaterial->getMaterial(), quadSide(mSize[0], scale),
                                       quadSide(mSize[1], scale), mZOrder,
                                       Ogre::Vector3(0, 0, static_cast<float>(mZOrder)));
     mNode->setAnimation(mAnimation);
@@ -115,7 +116,7 @@ void MVNOgreFilterMaterial::_setGeometry(const MVNRect& rect) {
 void MVNOgreFilterMaterial::_resize(int width, int height, float x, float y, float z) {
     float scale = _scale();
     delete mNode;
-    mNode = new MVNOgreSceneNodePlane(kSharedScene, mMaterial->getMaterial(), quadSide(width, scale),
+    mNode = new MVNOgreSceneNodePlane(mSceneName, mMaterial->getMaterial(), quadSide(width, scale),
                                       quadSide(height, scale), mZOrder, Ogre::Vector3(x, y, z));
     // A new quad starts unturned and unanimated.
     mNode->setAnimation(mAnimation);

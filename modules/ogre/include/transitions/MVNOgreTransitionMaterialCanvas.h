@@ -20,7 +20,10 @@ class TextureConvert;
 // "transRelease", "transProgress", "transpUpdateTextureA",
 // "transUpdateTextureB", "transSetGeo", "transSetGeoA", "transSetGeoB",
 // "transSetUniformFloat", "transRender", "transSetResource"; each public
-// operation waits for its step.
+// operation waits for its step. Visibility, rotation and animation changes
+// hop there too ("transSetVisible", "transSetRotationA", ...), so that no
+// engine node is touched from a host thread while the scene is drawn; an
+// unchanged visibility costs no step, as it is asked for every frame.
 class MVN_OGRE_API MVNOgreTransitionMaterialCanvas : public MVNOgreTransitionBase {
 public:
     // textureNameA/B name a render texture a clip already draws into, or

@@ -22,6 +22,10 @@ TextureConvert::TextureConvert(int clipWidth, int clipHeight, int rttWidth, int 
     : width(clipWidth), height(clipHeight), rttWidth(rttWidth), rttHeight(rttHeight), animation(animation) {
     rttName = MVNGeneratorStringId::getSingleton()->genStringId("ConvertRtt");
     sceneManager = new MVNOgreSceneManager(rttWidth, rttHeight, rttName, "");
+    // Drawn by render() alone, once a frame while the transition runs; the
+    // engine's own round of all targets would draw it a second time, and
+    // draw it while no transition shows.
+    if (sceneManager->getRenderTarget()) sceneManager->getRenderTarget()->setAutoUpdated(false);
     MVNOgreContextBase::resyncCurrentRenderTarget();
     log_debug(kTag, "inputRTTName:%s", inputName.c_str());
     material = new MVNOgreMaterialNormal(clipWidth, clipHeight, inputName, false);

@@ -250,7 +250,7 @@ TEST_F(MvnRender, ATransitionBetweenTwoClipsMixesThemFrameByFrame) {
     }
 }
 
-TEST_F(MvnRender, ATransitionThatStartsATrackExitsWithTwoAndOneLine) {
+TEST_F(MvnRender, AMisplacedOrUnknownTransitionExitsWithTwoAndOneLine) {
     std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
         { "clips": [ { "transition": "fade", "length": 4 },
                      { "service": "ogre.color", "length": 6 } ] } ] })";
@@ -258,6 +258,15 @@ TEST_F(MvnRender, ATransitionThatStartsATrackExitsWithTwoAndOneLine) {
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.err, "mvn-render: " + project +
                          ": tracks[0].clips[0]: a transition needs a clip before it; this one starts the track\n");
+    EXPECT_TRUE(r.out.empty());
+
+    // A name that is no transition the renderer knows.
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 6 }, { "transition": "fadee", "length": 4 },
+                     { "service": "ogre.color", "length": 6 } ] } ] })";
+    r = runTool(project + " -o - --quiet");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "mvn-render: " + project + ": tracks[0].clips[1].transition: unknown transition \"fadee\"\n");
     EXPECT_TRUE(r.out.empty());
 }
 

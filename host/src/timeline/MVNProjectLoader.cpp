@@ -208,6 +208,15 @@ FilterPlan planFilter(const json& v, const std::string& path, const std::string&
 // The service that draws the transitions of a project file.
 const char* const kTransitionService = "ogre.transition.sample";
 
+// A renderer may tell its names only once it runs, so a name is checked
+// when the file is read and again when it is built.
+void checkTransitionName(const std::string& name, const std::string& path) {
+    MVNRepository* repo = MVNRepository::getSingleton();
+    if (!repo->transitions().empty() && !repo->hasTransition(name)) {
+        fail(path, "unknown transition \"" + name + "\"");
+    }
+}
+
 // { "transition": NAME or FILE.glsl, "length": N, "properties": { ... } }.
 // A name must be one the modules registered (when they registered any); a
 // .glsl file is found beside the project and passed on by its full path.
@@ -234,10 +243,7 @@ ClipPlan planTransition(const json& v, const std::string& path, const std::strin
         if (!fs::is_regular_file(full, ec)) fail(path + ".transition", "file not found: " + full.string());
         resource = full.string();
     } else {
-        MVNRepository* repo = MVNRepository::getSingleton();
-        if (!repo->transitions().empty() && !repo->hasTransition(name)) {
-            fail(path + ".transition", "unknown transition \"" + name + "\"");
-        }
+        checkTransitionName(name, path + ".transition");
     }
     plan.properties.setString("resource", resource);
     return plan;
@@ -478,6 +484,8 @@ std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string
         std::string pendingId;
         for (const ClipPlan& clip : plans[t].clips) {
             if (clip.transition) {
+                std::string name = clip.properties.getString("resource", "");
+                if (fs::path(name).extension() != ".glsl") checkTransitionName(name, clip.path + ".transition");
                 pendingId = factory->createTransition(profile, clip.properties);
                 if (pendingId.empty()) fail(clip.path, "the transition could not be built (see the log)");
                 project.serviceIds.push_back(pendingId);

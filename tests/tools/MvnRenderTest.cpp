@@ -231,4 +231,43 @@ TEST_F(MvnRender, FramesPastTheEndAreRefused) {
     EXPECT_TRUE(r.out.empty());
 }
 
+// Two clips of 6 frames with a 4-frame fade from a .glsl file between them:
+// 8 frames, the mix at k/4 on its frame k, each clip alone outside it.
+TEST_F(MvnRender, ATransitionBetweenTwoClipsMixesThemFrameByFrame) {
+    std::ofstream(dir / "fade.glsl") << "vec4 transition(vec2 uv) { return mix(getFromColor(uv), getToColor(uv), progress); }\n";
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } },
+                     { "transition": "fade.glsl", "length": 4 },
+                     { "service": "ogre.color", "length": 6, "properties": { "color": "#0000ffff" } } ] } ] })";
+    ToolRun r = runTool(project + " -o - --quiet");
+    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(r.out.size(), 8u * 64 * 64 * 4);
+    const double shareOfB[] = {0, 0, 0, 0.25, 0.5, 0.75, 1, 1};
+    for (int frame = 0; frame < 8; ++frame) {
+        const uint8_t* centre = reinterpret_cast<const uint8_t*>(r.out.data()) + (frame * 64 * 64 + 32 * 64 + 32) * 4;
+        EXPECT_NEAR(centre[0], 255 * (1 - shareOfB[frame]), 2) << "frame " << frame;
+        EXPECT_NEAR(centre[2], 255 * shareOfB[frame], 2) << "frame " << frame;
+    }
+}
+
+TEST_F(MvnRender, AMisplacedOrUnknownTransitionExitsWithTwoAndOneLine) {
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "transition": "fade", "length": 4 },
+                     { "service": "ogre.color", "length": 6 } ] } ] })";
+    ToolRun r = runTool(project + " -o - --quiet");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "mvn-render: " + project +
+                         ": tracks[0].clips[0]: a transition needs a clip before it; this one starts the track\n");
+    EXPECT_TRUE(r.out.empty());
+
+    // A name that is no transition the renderer knows.
+    std::ofstream(project) << R"({ "profile": { "width": 64, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 6 }, { "transition": "fadee", "length": 4 },
+                     { "service": "ogre.color", "length": 6 } ] } ] })";
+    r = runTool(project + " -o - --quiet");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "mvn-render: " + project + ": tracks[0].clips[1].transition: unknown transition \"fadee\"\n");
+    EXPECT_TRUE(r.out.empty());
+}
+
 }  // namespace

@@ -2,12 +2,14 @@
 // frames.
 //
 //   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
+//   mvn-render --list-transitions
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
 // unknown service; 1 the renderer or the output failed.
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +29,7 @@ extern "C" {
 #include "timeline/MVNProjectLoader.h"
 #include "services/MVNProperties.h"
 #include "timeline/MVNRenderConsumer.h"
+#include "timeline/MVNRepository.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNTractor.h"
 #include "MVNVirtualDisplay.h"
@@ -52,6 +55,7 @@ struct Options {
     bool quiet = false;
     bool antiAliasing = true;
     bool async = true;
+    bool listTransitions = false;
 };
 
 void usage(FILE* to) {
@@ -61,7 +65,9 @@ void usage(FILE* to) {
                  "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
                  "       or - for raw RGBA frames on standard output\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
-                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n");
+                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
+                 "usage: mvn-render --list-transitions\n"
+                 "  prints the named transitions of the render module by family\n");
 }
 
 bool parseFrames(const std::string& text, int& first, int& last) {
@@ -109,6 +115,8 @@ int parseArgs(int argc, char** argv, Options& o) {
             o.antiAliasing = false;
         } else if (a == "--sync") {
             o.async = false;
+        } else if (a == "--list-transitions") {
+            o.listTransitions = true;
         } else if (a == "-h" || a == "--help") {
             usage(stdout);
             std::exit(0);
@@ -122,7 +130,7 @@ int parseArgs(int argc, char** argv, Options& o) {
             return -1;
         }
     }
-    if (o.project.empty() || o.output.empty()) {
+    if (!o.listTransitions && (o.project.empty() || o.output.empty())) {
         usage(stderr);
         return -1;
     }
@@ -163,6 +171,25 @@ void setUpLogging(bool quiet) {
     });
 }
 
+// The transitions the module registered, one family a line:
+//   wipe: wipeleft wiperight ...
+void listTransitions() {
+    std::vector<std::pair<std::string, std::vector<std::string>>> families;
+    for (const auto& [name, family] : MVNRepository::getSingleton()->transitions()) {
+        auto it = std::find_if(families.begin(), families.end(), [&](const auto& f) { return f.first == family; });
+        if (it == families.end()) it = families.insert(families.end(), {family, {}});
+        it->second.push_back(name);
+    }
+    size_t count = 0;
+    for (const auto& [family, names] : families) {
+        std::printf("%s:", family.c_str());
+        for (const std::string& name : names) std::printf(" %s", name.c_str());
+        std::printf("\n");
+        count += names.size();
+    }
+    std::printf("%zu transitions; a .glsl file in the open transition format is taken as well\n", count);
+}
+
 std::string join(const std::vector<std::string>& parts, char sep) {
     std::string out;
     for (const auto& p : parts) {
@@ -178,6 +205,15 @@ int main(int argc, char** argv) {
     Options opt;
     if (parseArgs(argc, argv, opt) != 0) return kExitBadInput;
     setUpLogging(opt.quiet);
+    if (opt.listTransitions) {
+        std::string module = findModule("libMVNOgre.so");
+        if (module.empty() || loadModule(module) != 0) {
+            std::fprintf(stderr, "mvn-render: the render module libMVNOgre.so could not be loaded\n");
+            return kExitFailed;
+        }
+        listTransitions();
+        return 0;
+    }
 
     std::error_code ec;
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();

@@ -15,7 +15,13 @@ namespace Morvane {
 //                                "resource": R, "geometry": "[x:y wxh]",
 //                                "properties": { ... },
 //                                "filters": [ { "service": S, "resource": R,
-//                                               "properties": { ... } } ] } ] } ] }
+//                                               "properties": { ... } } ] },
+//                              { "transition": NAME | "FILE.glsl", "length": N,
+//                                "properties": { ... } } ] } ] }
+//
+// A transition stands between two clips of a track and overlaps the last N
+// frames of the clip before with the first N of the clip after, through
+// the service "ogre.transition.sample"; the track gets N frames shorter.
 //
 // A group clip ("service": "ogre.group.sample") adds "tracks" of the same
 // form as the project's: they become a timeline of their own, built before

@@ -65,6 +65,15 @@ public:
     bool hasModule(const std::string& path) const;
     std::vector<std::string> modules() const;
 
+    // Named transitions a module offers, each with its family ("wipe",
+    // "fade", ...), so that a project can be checked and a tool can list
+    // them without starting a renderer. A second registration of a name
+    // replaces its family.
+    void registerTransition(const std::string& name, const std::string& family);
+    bool hasTransition(const std::string& name) const;
+    // (name, family) in the order of registration.
+    std::vector<std::pair<std::string, std::string>> transitions() const;
+
     // Set once the host's own services are registered.
     bool builtinsRegistered() const;
     // Registers "playlist", "tractor" and "transition_audio".
@@ -80,6 +89,7 @@ private:
     std::map<std::string, MVNRenderTextureFactory> mRenderTextures;
     std::map<std::string, ServiceEntry> mServices;
     std::map<std::string, void*> mModules;
+    std::vector<std::pair<std::string, std::string>> mTransitions;
     bool mBuiltins = false;
     mutable std::mutex mLock;
 };

@@ -48,7 +48,8 @@ struct TrackPlan;
 
 struct ClipPlan {
     std::string path;
-    int blank = 0;  // > 0: a blank of that many frames
+    int blank = 0;            // > 0: a blank of that many frames
+    bool transition = false;  // a transition between the clips before and after
     MVNProperties properties;
     int in = 0;
     int length = 0;
@@ -204,6 +205,79 @@ FilterPlan planFilter(const json& v, const std::string& path, const std::string&
     return plan;
 }
 
+// The service that draws the transitions of a project file.
+const char* const kTransitionService = "ogre.transition.sample";
+
+// A renderer may tell its names only once it runs, so a name is checked
+// when the file is read and again when it is built.
+void checkTransitionName(const std::string& name, const std::string& path) {
+    MVNRepository* repo = MVNRepository::getSingleton();
+    if (!repo->transitions().empty() && !repo->hasTransition(name)) {
+        fail(path, "unknown transition \"" + name + "\"");
+    }
+}
+
+// { "transition": NAME or FILE.glsl, "length": N, "properties": { ... } }.
+// A name must be one the modules registered (when they registered any); a
+// .glsl file is found beside the project and passed on by its full path.
+ClipPlan planTransition(const json& v, const std::string& path, const std::string& folder) {
+    ClipPlan plan;
+    plan.path = path;
+    plan.transition = true;
+    for (auto it = v.begin(); it != v.end(); ++it) {
+        if (it.key() != "transition" && it.key() != "length" && it.key() != "properties") {
+            fail(path + "." + it.key(), "unknown key");
+        }
+    }
+    const std::string& name = requireString(v["transition"], path + ".transition");
+    checkService(kTransitionService, MVN_SERVICE_PRODUCER, path + ".transition");
+    if (!v.contains("length")) fail(path + ".length", "missing");
+    plan.length = requireInt(v["length"], path + ".length", 1);
+    if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
+    plan.properties.setString("service", kTransitionService);
+    std::string resource = name;
+    if (fs::path(name).extension() == ".glsl") {
+        fs::path p(name);
+        fs::path full = (p.is_absolute() ? p : fs::path(folder) / p).lexically_normal();
+        std::error_code ec;
+        if (!fs::is_regular_file(full, ec)) fail(path + ".transition", "file not found: " + full.string());
+        resource = full.string();
+    } else {
+        checkTransitionName(name, path + ".transition");
+    }
+    plan.properties.setString("resource", resource);
+    return plan;
+}
+
+// A transition overlaps the clips on both sides: it needs a clip before and
+// after it, and can't take more frames than either has.
+void checkTransitions(const std::vector<ClipPlan>& clips) {
+    std::vector<int> taken(clips.size(), 0);
+    for (size_t c = 0; c < clips.size(); ++c) {
+        const ClipPlan& t = clips[c];
+        if (!t.transition) continue;
+        auto isClip = [&](size_t i) { return !clips[i].transition && clips[i].blank == 0; };
+        if (c == 0) fail(t.path, "a transition needs a clip before it; this one starts the track");
+        if (c + 1 == clips.size()) fail(t.path, "a transition needs a clip after it; this one ends the track");
+        if (!isClip(c - 1)) fail(t.path, "a transition needs a clip before it, not a blank or a transition");
+        if (!isClip(c + 1)) fail(t.path, "a transition needs a clip after it, not a blank or a transition");
+        for (size_t side : {c - 1, c + 1}) {
+            const ClipPlan& clip = clips[side];
+            taken[side] += t.length;
+            if (t.length > clip.length) {
+                fail(t.path + ".length", std::to_string(t.length) + " frames are longer than the clip " +
+                                             (side < c ? "before" : "after") + " (" + clip.path + ", " +
+                                             std::to_string(clip.length) + " frames)");
+            }
+            if (taken[side] > clip.length) {
+                fail(t.path + ".length", "the transitions on both sides of " + clip.path + " take " +
+                                             std::to_string(taken[side]) + " of its " +
+                                             std::to_string(clip.length) + " frames");
+            }
+        }
+    }
+}
+
 std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path, const MVNProfile& profile,
                                      const std::string& folder, std::vector<std::string>& locations);
 
@@ -259,6 +333,7 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
 ClipPlan planClip(const json& v, const std::string& path, int track, const MVNProfile& profile,
                   const std::string& folder, std::vector<std::string>& locations) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
+    if (v.contains("transition")) return planTransition(v, path, folder);
     ClipPlan plan;
     plan.path = path;
     if (v.contains("blank")) {
@@ -344,6 +419,7 @@ std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path
             plan.clips.push_back(planClip(clips[c], tpath + ".clips[" + std::to_string(c) + "]",
                                           static_cast<int>(t), profile, folder, locations));
         }
+        checkTransitions(plan.clips);
         plans.push_back(std::move(plan));
     }
     return plans;
@@ -402,7 +478,20 @@ std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string
         project.serviceIds.push_back(playlistId);
         MVNPlaylist* playlist = factory->getPlaylistById(playlistId);
 
+        // A transition is built when it is met and mixes its two clips once
+        // the clip after it is in the playlist.
+        const ClipPlan* pending = nullptr;
+        std::string pendingId;
         for (const ClipPlan& clip : plans[t].clips) {
+            if (clip.transition) {
+                std::string name = clip.properties.getString("resource", "");
+                if (fs::path(name).extension() != ".glsl") checkTransitionName(name, clip.path + ".transition");
+                pendingId = factory->createTransition(profile, clip.properties);
+                if (pendingId.empty()) fail(clip.path, "the transition could not be built (see the log)");
+                project.serviceIds.push_back(pendingId);
+                pending = &clip;
+                continue;
+            }
             if (clip.blank > 0) {
                 if (playlist->appendBlank(clip.blank) != 0) fail(clip.path, "the blank was refused");
                 continue;
@@ -436,6 +525,12 @@ std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string
                 if (producer->attach(factory->getFilterById(fid)) != 0) fail(f.path, "the filter could not be attached");
             }
             if (playlist->append(id) != 0) fail(clip.path, "the playlist refused the clip");
+            if (pending != nullptr) {
+                if (playlist->mix(playlist->count() - 2, pending->length, pendingId) != 0) {
+                    fail(pending->path, "the playlist refused the transition (see the log)");
+                }
+                pending = nullptr;
+            }
         }
         if (tractor->setTrack(playlistId, -1) != 0) fail(tpath, "the tractor refused the track");
         length = std::max(length, playlist->totalLength());

@@ -193,6 +193,31 @@ std::vector<std::string> MVNRepository::modules() const {
     return out;
 }
 
+void MVNRepository::registerTransition(const std::string& name, const std::string& family) {
+    if (name.empty()) return;
+    std::lock_guard<std::mutex> guard(mLock);
+    for (auto& entry : mTransitions) {
+        if (entry.first == name) {
+            entry.second = family;
+            return;
+        }
+    }
+    mTransitions.emplace_back(name, family);
+}
+
+bool MVNRepository::hasTransition(const std::string& name) const {
+    std::lock_guard<std::mutex> guard(mLock);
+    for (const auto& entry : mTransitions) {
+        if (entry.first == name) return true;
+    }
+    return false;
+}
+
+std::vector<std::pair<std::string, std::string>> MVNRepository::transitions() const {
+    std::lock_guard<std::mutex> guard(mLock);
+    return mTransitions;
+}
+
 bool MVNRepository::builtinsRegistered() const {
     std::lock_guard<std::mutex> guard(mLock);
     return mBuiltins;

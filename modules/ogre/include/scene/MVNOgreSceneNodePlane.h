@@ -53,7 +53,7 @@ private:
     std::string entityName;                   // generated from "CSNEntity"
     std::string meshName;                     // generated from "CSNMesh"
     std::string nodeName;                     // generated from "SceneNodePlane"; kept, unused by the engine
-    MVNOgreAnimation* animation = nullptr;    // clip animation; nothing in the module attaches one, so null
+    MVNOgreAnimation* animation = nullptr;    // owned; built by the first setAnimation with a type
     int animationType = 0;                    // last setAnimation
     float position[3] = {0, 0, 0};            // last position
     int rotation = 0;                         // degrees applied to the node so far

@@ -24,6 +24,7 @@
 #include "services/MVNRenderTexture.h"
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
+#include "transitions/MVNTransitionSample.h"
 #include "core/MVNTypes.h"
 
 namespace Morvane {
@@ -169,7 +170,10 @@ const ServiceRow kServices[] = {
      },
      {}},
     {"text", MVN_SERVICE_PRODUCER, nullptr, {}},
-    {"ogre.transition.sample", MVN_SERVICE_PRODUCER, nullptr,
+    {"ogre.transition.sample", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties& props, int) -> MVNService* {
+         return new MVNTransitionSample(profile, props.getString("resource", "").c_str());
+     },
      {{"resource", "create transition sample failed, rsource is null"}}},
     {"ogre.filter.sample", MVN_SERVICE_FILTER,
      [](const MVNProfile& profile, const MVNProperties& props, int) {

@@ -2,6 +2,7 @@
 
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
+#include "transitions/MVNTransitionNames.h"
 
 namespace Morvane {
 
@@ -22,6 +23,7 @@ int MVNOgreRenderSystem::init() {
         return -1;
     }
     mInitialized = true;
+    MVNTransitionNames::registerMaterials();
     log_info(TAG, "init done");
     return 0;
 }

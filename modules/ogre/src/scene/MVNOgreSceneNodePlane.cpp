@@ -3,6 +3,7 @@
 #include <Ogre.h>
 
 #include "core/MVNGeneratorStringId.h"
+#include "scene/MVNOgreAnimation.h"
 
 namespace Morvane {
 
@@ -34,6 +35,9 @@ MVNOgreSceneNodePlane::MVNOgreSceneNodePlane(const std::string& sceneName, Ogre:
 MVNOgreSceneNodePlane::~MVNOgreSceneNodePlane() {
     Ogre::Root* root = Ogre::Root::getSingletonPtr();
     if (root == nullptr) return;  // the engine is gone and took everything along
+    // Before the node: a key-frame animation's track points at it.
+    delete animation;
+    animation = nullptr;
     // A scene destroyed first has taken its node and entity along.
     if (root->hasSceneManager(sceneName)) {
         Ogre::SceneManager* scene = root->getSceneManager(sceneName);
@@ -76,17 +80,33 @@ void MVNOgreSceneNodePlane::setPosition(float x, float y, float z) {
     position[1] = y;
     position[2] = z;
     if (node) node->setPosition(x, y, z);
+    if (animation) animation->setPosition(Ogre::Vector3(x, y, z));
 }
 
 void MVNOgreSceneNodePlane::setVisible(bool visible) {
     if (node) node->setVisible(visible, true);
 }
 
-// Kept for a clip animation to take up; with none attached there is
-// nothing to move.
-void MVNOgreSceneNodePlane::setAnimation(int type) { animationType = type; }
+// The animation is built here, by the node it moves, rather than by the
+// clip's service: only the node knows its scene, where it stands and its
+// depth, and a quad that changes size builds a new node, so an animation
+// made anywhere else would keep driving a node the engine has destroyed. A
+// new node starts its animation afresh.
+void MVNOgreSceneNodePlane::setAnimation(int type) {
+    animationType = type;
+    if (animation) {
+        animation->setType(type);
+        return;
+    }
+    if (type == 0 || node == nullptr) return;
+    animation = new MVNOgreAnimation(sceneName, node, Ogre::Vector3(position[0], position[1], position[2]), type);
+    animation->setZOrder(zOrder);
+    animation->init();
+}
 
-void MVNOgreSceneNodePlane::updateAnimation(int position) {}
+void MVNOgreSceneNodePlane::updateAnimation(int position) {
+    if (animation) animation->update(position);
+}
 
 void* MVNOgreSceneNodePlane::getAnimationObject() { return animation; }
 

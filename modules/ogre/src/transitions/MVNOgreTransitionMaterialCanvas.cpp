@@ -1,0 +1,248 @@
+#include "transitions/MVNOgreTransitionMaterialCanvas.h"
+
+#include <Ogre.h>
+
+#include "core/MVNLog.h"
+#include "engine/MVNOgreManager.h"
+#include "scene/MVNOgreMaterialTransition.h"
+#include "scene/MVNOgreSceneNodePlane.h"
+#include "transitions/TextureConvert.h"
+
+namespace Morvane {
+
+namespace {
+const char* const kTag = "MVNOgreTransitionMaterialCanvas";
+const char* const kSharedScene = "MorvaneScene";
+
+float depthRatio(int zOrder) {
+    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
+    return distance > 0 ? (distance - static_cast<float>(zOrder)) / distance : 1.0f;
+}
+
+void onRenderThread(std::function<void()> call, const char* name) {
+    MVNOgreManager::getSingleton()->callRenderableWait(std::move(call), name);
+}
+}  // namespace
+
+MVNOgreTransitionMaterialCanvas::MVNOgreTransitionMaterialCanvas(
+    const std::string& resource, int widthA, int heightA, int widthB, int heightB, int zOrder,
+    const std::string& textureNameA, const std::string& textureNameB, int animationA, int animationB,
+    const std::string& sceneName)
+    : resource(resource),
+      widthA(widthA),
+      heightA(heightA),
+      widthB(widthB),
+      heightB(heightB),
+      textureNameA(textureNameA),
+      textureNameB(textureNameB),
+      zOrder(zOrder),
+      animationA(animationA),
+      animationB(animationB),
+      sceneName(sceneName) {}
+
+MVNOgreTransitionMaterialCanvas::~MVNOgreTransitionMaterialCanvas() {
+    if (sceneNode || material || convertA || convertB) release();
+}
+
+int MVNOgreTransitionMaterialCanvas::init() {
+    int rc = -1;
+    onRenderThread([&]() { rc = _init(); }, "transInit");
+    if (sceneNode == nullptr) {
+        log_error(kTag, "MVNOgreTransitionMaterial init failed");
+        return -1;
+    }
+    return rc == -1 ? -1 : 0;
+}
+
+int MVNOgreTransitionMaterialCanvas::_init() {
+    MVNOgreManager* manager = MVNOgreManager::getSingleton();
+    windowWidth = manager->getRenderWindowWidth();
+    windowHeight = manager->getRenderWindowHeight();
+    size = MVNSize(static_cast<float>(windowWidth), static_cast<float>(windowHeight));
+    convertA = new TextureConvert(widthA, heightA, windowWidth, windowHeight, zOrder, textureNameA, animationA);
+    convertB = new TextureConvert(widthB, heightB, windowWidth, windowHeight, zOrder, textureNameB, animationB);
+    convertA->setRotation(rotationA);
+    convertB->setRotation(rotationB);
+    if (_config() == -1) {
+        log_error(kTag, "config transition node error");
+        return -1;
+    }
+    return 0;
+}
+
+int MVNOgreTransitionMaterialCanvas::_config() {
+    std::string nameA = convertA ? convertA->getRttName() : textureNameA;
+    std::string nameB = convertB ? convertB->getRttName() : textureNameB;
+    material = new MVNOgreMaterialTransition(resource, windowWidth, windowHeight, windowWidth, windowHeight, nameA,
+                                             nameB);
+    if (!material->getMaterial()) {
+        log_error(kTag, "MaterialImpl create error");
+        delete material;
+        material = nullptr;
+        return -1;
+    }
+    float ratio = depthRatio(zOrder);
+    sceneNode = new MVNOgreSceneNodePlane(sceneName.empty() ? kSharedScene : sceneName, material->getMaterial(),
+                                          static_cast<int>(windowWidth * ratio),
+                                          static_cast<int>(windowHeight * ratio), zOrder,
+                                          Ogre::Vector3(0, 0, static_cast<float>(zOrder)));
+    // A rebuilt quad shows as the last one did.
+    if (visible != -1) sceneNode->setVisible(visible == 1);
+    return 0;
+}
+
+void MVNOgreTransitionMaterialCanvas::release() {
+    onRenderThread([this]() { _release(); }, "transRelease");
+}
+
+void MVNOgreTransitionMaterialCanvas::_release() {
+    delete sceneNode;
+    sceneNode = nullptr;
+    delete material;
+    material = nullptr;
+    delete convertA;
+    convertA = nullptr;
+    delete convertB;
+    convertB = nullptr;
+}
+
+void MVNOgreTransitionMaterialCanvas::process(float progress) {
+    this->progress = progress;
+    onRenderThread(
+        [this, progress]() {
+            if (material) material->process(progress);
+        },
+        "transProgress");
+}
+
+void MVNOgreTransitionMaterialCanvas::updateTextureA(uint8_t* data, int width, int height) {
+    if (convertA == nullptr) return;
+    onRenderThread([&]() { convertA->updateTexture(data, width, height); }, "transpUpdateTextureA");
+}
+
+void MVNOgreTransitionMaterialCanvas::updateTextureB(uint8_t* data, int width, int height) {
+    if (convertB == nullptr) return;
+    onRenderThread([&]() { convertB->updateTexture(data, width, height); }, "transUpdateTextureB");
+}
+
+void MVNOgreTransitionMaterialCanvas::setGeometry(const MVNRect& rect) {
+    geometry = rect;
+    onRenderThread([this, rect]() { _setGeometry(rect); }, "transSetGeo");
+}
+
+void MVNOgreTransitionMaterialCanvas::_setGeometry(const MVNRect& rect) {
+    if (sceneNode == nullptr) return;
+    MVNRect world = MVNOgreManager::getSingleton()->adjustGeometryProfileToWorld(rect);
+    MVNPoint center = world.center();
+    float ratio = depthRatio(zOrder);
+    float x = center.x * ratio, y = center.y * ratio, z = static_cast<float>(zOrder);
+    MVNSize wanted(world.width, world.height);
+    if (size.equals(wanted)) {
+        sceneNode->setPosition(x, y, z);
+        return;
+    }
+    size = wanted;
+    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+}
+
+void MVNOgreTransitionMaterialCanvas::_resize(int width, int height, float x, float y, float z) {
+    delete sceneNode;
+    sceneNode = nullptr;
+    if (material == nullptr) return;
+    float ratio = depthRatio(zOrder);
+    sceneNode = new MVNOgreSceneNodePlane(kSharedScene, material->getMaterial(), static_cast<int>(width * ratio),
+                                          static_cast<int>(height * ratio), zOrder, Ogre::Vector3(x, y, z));
+    if (visible != -1) sceneNode->setVisible(visible == 1);
+}
+
+void MVNOgreTransitionMaterialCanvas::setGeometryA(const MVNRect& rect) {
+    geometryA = rect;
+    if (convertA) onRenderThread([this, rect]() { convertA->setGeometry(rect); }, "transSetGeoA");
+}
+
+void MVNOgreTransitionMaterialCanvas::setGeometryB(const MVNRect& rect) {
+    geometryB = rect;
+    if (convertB) onRenderThread([this, rect]() { convertB->setGeometry(rect); }, "transSetGeoB");
+}
+
+void MVNOgreTransitionMaterialCanvas::setResource(const std::string& name) {
+    if (name == resource) return;
+    resource = name;
+    onRenderThread(
+        [this]() {
+            delete sceneNode;
+            sceneNode = nullptr;
+            delete material;
+            material = nullptr;
+            _config();
+        },
+        "transSetResource");
+}
+
+// The engine's nodes are touched on the render thread only; a visibility
+// that doesn't change costs no step.
+void MVNOgreTransitionMaterialCanvas::setVisible(bool visible) {
+    if (this->visible == static_cast<int>(visible)) return;
+    this->visible = visible;
+    onRenderThread(
+        [this, visible]() {
+            if (sceneNode) sceneNode->setVisible(visible);
+        },
+        "transSetVisible");
+}
+
+void MVNOgreTransitionMaterialCanvas::render(int position) {
+    if (convertA == nullptr && convertB == nullptr) return;
+    onRenderThread(
+        [this]() {
+            if (convertA) convertA->render();
+            if (convertB) convertB->render();
+        },
+        "transRender");
+}
+
+void MVNOgreTransitionMaterialCanvas::setAnimationA(int type) {
+    animationA = type;
+    if (convertA) onRenderThread([this, type]() { convertA->setAnimation(type); }, "transSetAnimationA");
+}
+
+void MVNOgreTransitionMaterialCanvas::setAnimationB(int type) {
+    animationB = type;
+    if (convertB) onRenderThread([this, type]() { convertB->setAnimation(type); }, "transSetAnimationB");
+}
+
+void MVNOgreTransitionMaterialCanvas::updateAnimationA(int position) {
+    if (convertA) onRenderThread([this, position]() { convertA->updateAnimation(position); }, "transUpdateAnimationA");
+}
+
+void MVNOgreTransitionMaterialCanvas::updateAnimationB(int position) {
+    if (convertB) onRenderThread([this, position]() { convertB->updateAnimation(position); }, "transUpdateAnimationB");
+}
+
+void* MVNOgreTransitionMaterialCanvas::getAnimationObjectA() {
+    return convertA ? convertA->getAnimationObject() : nullptr;
+}
+
+void* MVNOgreTransitionMaterialCanvas::getAnimationObjectB() {
+    return convertB ? convertB->getAnimationObject() : nullptr;
+}
+
+void MVNOgreTransitionMaterialCanvas::setRotationA(int degrees) {
+    rotationA = degrees;
+    if (convertA) onRenderThread([this, degrees]() { convertA->setRotation(degrees); }, "transSetRotationA");
+}
+
+void MVNOgreTransitionMaterialCanvas::setRotationB(int degrees) {
+    rotationB = degrees;
+    if (convertB) onRenderThread([this, degrees]() { convertB->setRotation(degrees); }, "transSetRotationB");
+}
+
+void MVNOgreTransitionMaterialCanvas::setUniformFloat(const std::string& name, float value) {
+    onRenderThread(
+        [&]() {
+            if (material) material->setUniformFloat(name, value);
+        },
+        "transSetUniformFloat");
+}
+
+}  // namespace Morvane

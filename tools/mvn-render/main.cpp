@@ -2,6 +2,7 @@
 // frames.
 //
 //   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
+//              [--no-audio] [--audio-out FILE.wav]
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
 // unknown service; 1 the renderer or the output failed.
@@ -30,6 +31,8 @@ extern "C" {
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNTractor.h"
 #include "MVNVirtualDisplay.h"
+#include "MVNWaveFile.h"
+#include "core/MVNAudioBlock.h"
 
 using namespace Morvane;
 namespace fs = std::filesystem;
@@ -52,6 +55,8 @@ struct Options {
     bool quiet = false;
     bool antiAliasing = true;
     bool async = true;
+    bool audio = true;
+    std::string audioOut;
 };
 
 void usage(FILE* to) {
@@ -61,7 +66,9 @@ void usage(FILE* to) {
                  "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
                  "       or - for raw RGBA frames on standard output\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
-                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n");
+                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
+                 "  --no-audio      leave the sound out of a video file\n"
+                 "  --audio-out F   write the sound to the WAV file F as well (48 kHz stereo float)\n");
 }
 
 bool parseFrames(const std::string& text, int& first, int& last) {
@@ -109,6 +116,12 @@ int parseArgs(int argc, char** argv, Options& o) {
             o.antiAliasing = false;
         } else if (a == "--sync") {
             o.async = false;
+        } else if (a == "--no-audio") {
+            o.audio = false;
+        } else if (a == "--audio-out") {
+            const char* v = value("--audio-out");
+            if (!v) return -1;
+            o.audioOut = v;
         } else if (a == "-h" || a == "--help") {
             usage(stdout);
             std::exit(0);
@@ -180,6 +193,8 @@ int main(int argc, char** argv) {
     setUpLogging(opt.quiet);
 
     std::error_code ec;
+    std::string audioOut = opt.audioOut;
+    if (!audioOut.empty()) audioOut = fs::absolute(audioOut, ec).lexically_normal().string();
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
     std::string output = opt.output;
     if (output != "-") output = fs::absolute(output, ec).lexically_normal().string();
@@ -209,6 +224,13 @@ int main(int argc, char** argv) {
                      module.empty() ? " (not found)" : "");
         return kExitFailed;
     }
+    // Video files, animations and pictures decoded on the processor.
+    std::string media = findModule("libMVNMedia.so");
+    if (media.empty() || loadModule(media) != 0) {
+        std::fprintf(stderr, "mvn-render: the media module libMVNMedia.so could not be loaded%s\n",
+                     media.empty() ? " (not found)" : "");
+        return kExitFailed;
+    }
 
     MVNProjectLoader loader;
     MVNProject project;
@@ -226,6 +248,18 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "mvn-render: %s\n", sinkError.c_str());
         return kExitBadInput;
     }
+
+    // Sound goes into a video file unless --no-audio, and to --audio-out.
+    std::unique_ptr<MVNWaveFile> wave;
+    if (!audioOut.empty()) {
+        wave = std::make_unique<MVNWaveFile>(audioOut);
+        if (wave->open(MVNAudioBlock::kRate, MVNAudioBlock::kChannels) != 0) {
+            std::fprintf(stderr, "mvn-render: %s\n", wave->error().c_str());
+            return kExitBadInput;
+        }
+    }
+    const bool soundInOutput = opt.audio && sink->keepsSound();
+    if (soundInOutput) sink->enableSound(MVNAudioBlock::kRate, MVNAudioBlock::kChannels);
 
     MVNVirtualDisplay display;
     const char* env = std::getenv("DISPLAY");
@@ -295,6 +329,20 @@ int main(int argc, char** argv) {
         progress.update(++written);
         return 0;
     });
+    if (soundInOutput || wave) {
+        consumer.setSoundSink([&](const MVNRenderConsumer::Sound& sound) {
+            if (gInterrupted) return 1;
+            if (soundInOutput && sink->writeSound(sound.samples, sound.count) != 0) {
+                failed = true;
+                return 1;
+            }
+            if (wave && wave->write(sound.samples, sound.count) != 0) {
+                failed = true;
+                return 1;
+            }
+            return 0;
+        });
+    }
     int delivered = consumer.renderRange(first, last);
     consumer.disconnect();
 
@@ -302,18 +350,25 @@ int main(int argc, char** argv) {
     if (gInterrupted) {
         std::fprintf(stderr, "\nmvn-render: interrupted; nothing was kept\n");
         sink->abort();
+        if (wave) wave->abort();
         status = 130;
     } else if (failed || delivered != total || !opened) {
-        std::fprintf(stderr, "\nmvn-render: %s\n",
-                     !sink->error().empty() ? sink->error().c_str()
-                                            : ("only " + std::to_string(std::max(delivered, 0)) + " of " +
-                                               std::to_string(total) + " frames came back from the renderer")
-                                                  .c_str());
+        std::string why = !sink->error().empty()            ? sink->error()
+                          : wave && !wave->error().empty() ? wave->error()
+                                                           : "only " + std::to_string(std::max(delivered, 0)) + " of " +
+                                                                 std::to_string(total) +
+                                                                 " frames came back from the renderer";
+        std::fprintf(stderr, "\nmvn-render: %s\n", why.c_str());
         sink->abort();
+        if (wave) wave->abort();
         status = kExitFailed;
     } else if (sink->finish() != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", sink->error().c_str());
         sink->abort();
+        if (wave) wave->abort();
+        status = kExitFailed;
+    } else if (wave && wave->finish() != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", wave->error().c_str());
         status = kExitFailed;
     } else {
         progress.finish(written, output == "-" ? "standard output" : output);

@@ -171,6 +171,8 @@ void setUpLogging(bool quiet) {
     addLogSink([](const MVNLogLine& line) {
         if (line.level < MVNLogLevel::Warn) return;
         if (line.message.find("must contain at least one entry") != std::string::npos) return;
+        // A video without sound is no error to the user.
+        if (line.message.find("Could not find audio stream") != std::string::npos) return;
         std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
                      line.message.c_str());
     });
@@ -258,7 +260,8 @@ int main(int argc, char** argv) {
             return kExitBadInput;
         }
     }
-    const bool soundInOutput = opt.audio && sink->keepsSound();
+    // A project where nothing sounds gets no silent track.
+    const bool soundInOutput = opt.audio && sink->keepsSound() && project.sound;
     if (soundInOutput) sink->enableSound(MVNAudioBlock::kRate, MVNAudioBlock::kChannels);
 
     MVNVirtualDisplay display;

@@ -61,6 +61,7 @@ struct ClipPlan {
     // A grid: the JSON paths of its cells' resources by property key, so
     // that a cell the grid could not make is named where it was written.
     std::vector<std::pair<std::string, std::string>> cells;
+    bool sound = false;  // a file of this clip has sound
 };
 
 struct TrackPlan {
@@ -120,6 +121,7 @@ void planHostMedia(ClipPlan& plan, const HostMedia& media, const json& v, const 
     if (plan.in >= available) {
         fail(path + ".in", "lies past the end of the file (" + std::to_string(available) + " frames)");
     }
+    plan.sound = probe.audio;
     if (!v.contains("length")) {
         plan.length = available - plan.in;
     } else if (media.service == std::string("codec.video") && plan.in + plan.length > available) {
@@ -396,6 +398,15 @@ std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path
     return plans;
 }
 
+bool anySound(const std::vector<TrackPlan>& tracks) {
+    for (const TrackPlan& t : tracks) {
+        for (const ClipPlan& c : t.clips) {
+            if (c.sound || anySound(c.tracks)) return true;
+        }
+    }
+    return false;
+}
+
 std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, const std::string& folder,
                                   std::vector<std::string>& locations) {
     if (!root.contains("tracks")) fail("tracks", "missing");
@@ -544,6 +555,7 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
         where.clear();
         auto plan = std::make_unique<Plan>();
         plan->tracks = planTracks(root, project.profile, project.folder, project.resourceLocations);
+        project.sound = anySound(plan->tracks);
         mPlan = std::move(plan);
     } catch (const ProjectError& e) {
         mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;

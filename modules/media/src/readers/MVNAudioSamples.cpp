@@ -22,6 +22,9 @@ const char* const kTag = "Morvane::MVNAudioSamples";
 // A jump forward shorter than this is decoded through rather than sought.
 const int64_t kDecodeThrough = MVNAudioBlock::kRate / 2;
 const int kBlockBytes = 1 << 18;
+// A decoder of compressed sound needs the block before the first one it
+// gives out right: a seek lands this much early and the lead is dropped.
+const int64_t kPreroll = MVNAudioBlock::kRate / 10;
 }  // namespace
 
 MVNAudioSamples::MVNAudioSamples(const std::string& path)
@@ -98,7 +101,7 @@ int MVNAudioSamples::read(int64_t first, int count, float* out) {
     std::memset(out, 0, static_cast<size_t>(count) * 2 * sizeof(float));
     int64_t pendingEnd = mPendingStart + static_cast<int64_t>(mPending.size() / 2);
     if (mPendingStart >= 0 && (first < mPendingStart || first > pendingEnd + kDecodeThrough)) {
-        if (_seek(first) != 0) return -1;
+        if (_seek(std::max<int64_t>(0, first - kPreroll)) != 0) return -1;
     }
     const int64_t end = first + count;
     while (!mEnd && (mPendingStart < 0 || mPendingStart + static_cast<int64_t>(mPending.size() / 2) < end)) {

@@ -56,7 +56,12 @@ int MVNAudioSamples::open() {
         return -1;
     }
     mBlock.resize(kBlockBytes);
-    return _seek(0);
+    // From the start of the file: a seek to 0 would skip the encoder's
+    // priming block, which the first block of sound needs.
+    mPending.clear();
+    mPendingStart = -1;
+    mEnd = false;
+    return 0;
 }
 
 int MVNAudioSamples::_seek(int64_t first) {
@@ -100,7 +105,8 @@ int MVNAudioSamples::read(int64_t first, int count, float* out) {
     if (mSwr == nullptr || out == nullptr || count < 0) return -1;
     std::memset(out, 0, static_cast<size_t>(count) * 2 * sizeof(float));
     int64_t pendingEnd = mPendingStart + static_cast<int64_t>(mPending.size() / 2);
-    if (mPendingStart >= 0 && (first < mPendingStart || first > pendingEnd + kDecodeThrough)) {
+    if ((mPendingStart >= 0 && (first < mPendingStart || first > pendingEnd + kDecodeThrough)) ||
+        (mPendingStart < 0 && first > kDecodeThrough)) {
         if (_seek(std::max<int64_t>(0, first - kPreroll)) != 0) return -1;
     }
     const int64_t end = first + count;

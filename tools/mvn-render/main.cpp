@@ -171,8 +171,10 @@ void setUpLogging(bool quiet) {
     addLogSink([](const MVNLogLine& line) {
         if (line.level < MVNLogLevel::Warn) return;
         if (line.message.find("must contain at least one entry") != std::string::npos) return;
-        // A video without sound is no error to the user.
+        // A video without sound is no error to the user, and the
+        // encoder's priming block of a file's sound decodes to nothing.
         if (line.message.find("Could not find audio stream") != std::string::npos) return;
+        if (line.message.find("decode audio nb_samples:0") != std::string::npos) return;
         std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
                      line.message.c_str());
     });

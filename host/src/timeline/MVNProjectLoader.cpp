@@ -297,6 +297,13 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
             std::error_code ec;
             if (!fs::is_regular_file(full, ec)) fail(kpath, "file not found: " + full.lexically_normal().string());
             plan.properties.setString(key.c_str(), fs::absolute(full, ec).lexically_normal().string());
+            // A video cell is heard too.
+            MVNMediaProbe probe;
+            std::string reason;
+            if (cellServiceForPath(resource) == "codec.video" &&
+                MVNMediaProbe::probe(full.string(), probe, reason) == 0 && probe.audio) {
+                plan.sound = true;
+            }
         }
         plan.cells.emplace_back(key, kpath);
     }

@@ -1,7 +1,8 @@
-// mvn-render with sound: a video clip's sine, placed after a blank, comes
+// mvn-render with video clips: a clip's sine, placed after a blank, comes
 // out of the rendered MP4 (decoded here with libavformat) at its time,
 // pitch and volume, beside a picture stream of the same length; --no-audio
-// leaves it out and --audio-out writes it to a WAV file as well.
+// leaves it out and --audio-out writes it to a WAV file as well; the clip's
+// picture reaches the output as the ffmpeg command shows it.
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -12,6 +13,10 @@
 #include <fstream>
 #include <string>
 #include <vector>
+
+#include "core/MVNByteBuffer.h"
+#include "core/MVNFrame.h"
+#include "core/MVNImage.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -111,7 +116,7 @@ long onset(const std::vector<float>& s, float threshold) {
     return -1;
 }
 
-class MvnRenderSound : public ::testing::Test {
+class MvnRenderVideo : public ::testing::Test {
 protected:
     void SetUp() override {
         dir = fs::current_path() / "sound";
@@ -136,7 +141,7 @@ protected:
 
 }  // namespace
 
-TEST_F(MvnRenderSound, TheClipsSoundComesAtItsTimeAndLevelBesideThePictures) {
+TEST_F(MvnRenderVideo, TheClipsSoundComesAtItsTimeAndLevelBesideThePictures) {
     const std::string out = (dir / "show.mp4").string();
     const std::string wav = (dir / "show.wav").string();
     ASSERT_EQ(run(tool() + " -o " + out + " --audio-out " + wav), 0);
@@ -162,7 +167,7 @@ TEST_F(MvnRenderSound, TheClipsSoundComesAtItsTimeAndLevelBesideThePictures) {
     EXPECT_NEAR(rms(w.left, 60000, 130000), 0.0442, 0.002);
 }
 
-TEST_F(MvnRenderSound, NoAudioLeavesTheSoundOutAndPicturesNeverHoldIt) {
+TEST_F(MvnRenderVideo, NoAudioLeavesTheSoundOutAndPicturesNeverHoldIt) {
     const std::string out = (dir / "quiet.mkv").string();
     ASSERT_EQ(run(tool() + " -o " + out + " --no-audio"), 0);
     Decoded d = decode(out);
@@ -176,4 +181,34 @@ TEST_F(MvnRenderSound, NoAudioLeavesTheSoundOutAndPicturesNeverHoldIt) {
     // Ten positions, the sine from the sixth.
     EXPECT_EQ(w.left.size(), 10u * 1920);
     EXPECT_NEAR(onset(w.left, 0.02f), 5 * 1920, 8);
+}
+
+TEST_F(MvnRenderVideo, TheClipsPictureReachesTheOutputAsFfmpegShowsIt) {
+    // Position 37 is the clip's 12th: 0.48 s into the file, a key frame's
+    // neighbour behind two B-frames.
+    ASSERT_EQ(run(tool() + " -o " + (dir / "v%03d.png").string() + " --frames 37:37"), 0);
+    const std::string reference = (dir / "reference.png").string();
+    ASSERT_EQ(run("ffmpeg -v error -nostdin -y -i " + (dir / "tone.mp4").string() +
+                  " -vf 'fps=25:round=up,select=eq(n\\,12)' -frames:v 1 " + reference),
+              0);
+    Morvane::MVNFrame* got = Morvane::MVNImage::loadFromFile((dir / "v037.png").string(), 0, 0);
+    Morvane::MVNFrame* want = Morvane::MVNImage::loadFromFile(reference, 0, 0);
+    ASSERT_NE(got, nullptr);
+    ASSERT_NE(want, nullptr);
+    ASSERT_EQ(got->width(), 64);
+    ASSERT_EQ(want->width(), 64);
+    const uint8_t* a = got->buffer()->ptr();
+    const uint8_t* b = want->buffer()->ptr();
+    int worst = 0;
+    long sum = 0;
+    for (int i = 0; i < 64 * 36 * 4; ++i) {
+        int d = std::abs(int(a[i]) - int(b[i]));
+        worst = std::max(worst, d);
+        sum += d;
+    }
+    // Uploaded and drawn one to one: only the two conversions' rounding.
+    EXPECT_LE(worst, 3);
+    EXPECT_LE(double(sum) / (64 * 36 * 4), 0.5);
+    Morvane::MVNFrame::pushBackPool(got);
+    Morvane::MVNFrame::pushBackPool(want);
 }

@@ -32,6 +32,11 @@ MVNVideoPictures::~MVNVideoPictures() {
 bool MVNVideoPictures::hardware() const { return mDecoder->IsHardwareOpen(); }
 
 int MVNVideoPictures::open() {
+    // A timeline asks each clip for one picture and waits for it. Frame
+    // threads keep a picture in flight per thread and so make each clip
+    // late by that much, which adds up over clips side by side (four 1080p
+    // tracks: 6 fps with them, 10 without); slice threads don't.
+    mDecoder->SetThreadType("slice");
     if (mDecoder->Init() != 0) {
         log_error(kTag, "open failed, %s does not open", mPath.c_str());
         return -1;

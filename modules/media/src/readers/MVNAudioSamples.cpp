@@ -106,7 +106,7 @@ int MVNAudioSamples::read(int64_t first, int count, float* out) {
     std::memset(out, 0, static_cast<size_t>(count) * 2 * sizeof(float));
     int64_t pendingEnd = mPendingStart + static_cast<int64_t>(mPending.size() / 2);
     if ((mPendingStart >= 0 && (first < mPendingStart || first > pendingEnd + kDecodeThrough)) ||
-        (mPendingStart < 0 && first > kDecodeThrough)) {
+        (mPendingStart < 0 && (first > kDecodeThrough || mEnd))) {
         if (_seek(std::max<int64_t>(0, first - kPreroll)) != 0) return -1;
     }
     const int64_t end = first + count;

@@ -35,7 +35,7 @@ gallery: build
 
 check-asan: deps
 	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF
-	cmake --build $(ASAN_BUILD) -j $(JOBS) --target host_tests ogre_tests ogre_tests_slow codec_tests
+	cmake --build $(ASAN_BUILD) -j $(JOBS) --target host_tests ogre_tests ogre_tests_slow codec_tests media_tests
 	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -L cpu -j $(JOBS)
 
 # Micro-benchmarks (queue round trip, pools), the GPU paths beside memcpy,

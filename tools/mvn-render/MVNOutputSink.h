@@ -22,6 +22,16 @@ public:
     // Removes what was written so far; nothing half written stays behind.
     virtual void abort() = 0;
 
+    // Sound beside the pictures, for sinks that keep it (video files): asked
+    // for before open, then fed with writeSound as it comes, interleaved
+    // floats of `channels` at `rate`. Pictures and sound each come in order;
+    // the sink keeps them in step by their own counts. Sinks without sound
+    // (pictures, raw frames) answer false and ignore what they are given.
+    virtual bool keepsSound() const { return false; }
+    virtual void enableSound(int rate, int channels) {}
+    // 0 on success.
+    virtual int writeSound(const float* samples, int count) { return 0; }
+
     const std::string& error() const { return mError; }
 
     // Picks the sink for an output name: "-" raw on stdout, a printf-style

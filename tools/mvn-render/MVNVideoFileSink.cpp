@@ -1,10 +1,12 @@
 #include "MVNVideoFileSink.h"
 
+#include <algorithm>
 #include <cstdio>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/channel_layout.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
 #include <libswscale/swscale.h>
@@ -80,6 +82,7 @@ int MVNVideoFileSink::open(int width, int height, int fpsNum, int fpsDen, int co
     }
     avcodec_parameters_from_context(mStream->codecpar, mCodec);
     mStream->time_base = mCodec->time_base;
+    if (mSoundRate > 0 && openSound() != 0) return -1;
     if (!(mFormat->oformat->flags & AVFMT_NOFILE)) {
         if ((rc = avio_open(&mFormat->pb, mTempPath.c_str(), AVIO_FLAG_WRITE)) < 0) {
             mError = "cannot write " + mPath + ": " + avError(rc);
@@ -121,21 +124,110 @@ int MVNVideoFileSink::encode(AVFrame* frame) {
         mError = "encoding failed: " + avError(rc);
         return -1;
     }
+    return writePackets(mCodec, mStream);
+}
+
+int MVNVideoFileSink::writePackets(AVCodecContext* codec, AVStream* stream) {
     for (;;) {
-        rc = avcodec_receive_packet(mCodec, mPacket);
+        int rc = avcodec_receive_packet(codec, mPacket);
         if (rc == AVERROR(EAGAIN) || rc == AVERROR_EOF) return 0;
         if (rc < 0) {
             mError = "encoding failed: " + avError(rc);
             return -1;
         }
-        av_packet_rescale_ts(mPacket, mCodec->time_base, mStream->time_base);
-        mPacket->stream_index = mStream->index;
+        // A picture lasts one frame: the file's length then counts the last.
+        if (mPacket->duration == 0 && codec == mCodec) mPacket->duration = 1;
+        av_packet_rescale_ts(mPacket, codec->time_base, stream->time_base);
+        mPacket->stream_index = stream->index;
         rc = av_interleaved_write_frame(mFormat, mPacket);
         if (rc < 0) {
             mError = "cannot write " + mPath + ": " + avError(rc);
             return -1;
         }
     }
+}
+
+void MVNVideoFileSink::enableSound(int rate, int channels) {
+    mSoundRate = rate;
+    mSoundChannels = channels;
+}
+
+int MVNVideoFileSink::openSound() {
+    const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_AAC);
+    if (!codec) {
+        mError = "no AAC encoder available";
+        return -1;
+    }
+    mSoundStream = avformat_new_stream(mFormat, nullptr);
+    mSoundCodec = avcodec_alloc_context3(codec);
+    mSoundFrame = av_frame_alloc();
+    if (!mSoundStream || !mSoundCodec || !mSoundFrame) {
+        mError = "out of memory";
+        return -1;
+    }
+    mSoundCodec->sample_fmt = AV_SAMPLE_FMT_FLTP;
+    mSoundCodec->sample_rate = mSoundRate;
+    av_channel_layout_default(&mSoundCodec->ch_layout, mSoundChannels);
+    mSoundCodec->bit_rate = 192000;
+    mSoundCodec->time_base = AVRational{1, mSoundRate};
+    if (mFormat->oformat->flags & AVFMT_GLOBALHEADER) mSoundCodec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    int rc = avcodec_open2(mSoundCodec, codec, nullptr);
+    if (rc < 0) {
+        mError = "cannot open the AAC encoder: " + avError(rc);
+        return -1;
+    }
+    avcodec_parameters_from_context(mSoundStream->codecpar, mSoundCodec);
+    mSoundStream->time_base = mSoundCodec->time_base;
+    return 0;
+}
+
+int MVNVideoFileSink::writeSound(const float* samples, int count) {
+    if (mSoundRate <= 0 || samples == nullptr || count <= 0) return 0;
+    mSoundQueue.insert(mSoundQueue.end(), samples, samples + static_cast<size_t>(count) * mSoundChannels);
+    // Before the first picture opened the file the sound waits.
+    return mSoundCodec != nullptr && mPacket != nullptr ? encodeSound(false) : 0;
+}
+
+int MVNVideoFileSink::encodeSound(bool last) {
+    const int frameSize = mSoundCodec->frame_size > 0 ? mSoundCodec->frame_size : 1024;
+    const bool smallLast = (mSoundCodec->codec->capabilities & AV_CODEC_CAP_SMALL_LAST_FRAME) != 0;
+    size_t at = 0;
+    for (;;) {
+        int queued = static_cast<int>((mSoundQueue.size() - at) / mSoundChannels);
+        if (queued <= 0 || (queued < frameSize && !last)) break;
+        int take = std::min(queued, frameSize);
+        av_frame_unref(mSoundFrame);
+        mSoundFrame->format = AV_SAMPLE_FMT_FLTP;
+        mSoundFrame->sample_rate = mSoundRate;
+        av_channel_layout_copy(&mSoundFrame->ch_layout, &mSoundCodec->ch_layout);
+        // A short last frame is padded with silence where the encoder wants
+        // whole frames.
+        mSoundFrame->nb_samples = smallLast ? take : frameSize;
+        if (av_frame_get_buffer(mSoundFrame, 0) < 0) {
+            mError = "out of memory";
+            return -1;
+        }
+        for (int c = 0; c < mSoundChannels; ++c) {
+            float* plane = reinterpret_cast<float*>(mSoundFrame->data[c]);
+            for (int i = 0; i < mSoundFrame->nb_samples; ++i)
+                plane[i] = i < take ? mSoundQueue[at + static_cast<size_t>(i) * mSoundChannels + c] : 0.0f;
+        }
+        at += static_cast<size_t>(take) * mSoundChannels;
+        mSoundFrame->pts = mSoundPts;
+        mSoundPts += take;
+        int rc = avcodec_send_frame(mSoundCodec, mSoundFrame);
+        if (rc < 0) {
+            mError = "sound encoding failed: " + avError(rc);
+            return -1;
+        }
+        if (writePackets(mSoundCodec, mSoundStream) != 0) return -1;
+    }
+    mSoundQueue.erase(mSoundQueue.begin(), mSoundQueue.begin() + static_cast<long>(at));
+    if (last) {
+        if (avcodec_send_frame(mSoundCodec, nullptr) < 0) return 0;
+        return writePackets(mSoundCodec, mSoundStream);
+    }
+    return 0;
 }
 
 int MVNVideoFileSink::write(const uint8_t* pixels, int stride) {
@@ -160,6 +252,7 @@ int MVNVideoFileSink::finish() {
         return -1;
     }
     if (encode(nullptr) < 0) return -1;
+    if (mSoundCodec != nullptr && encodeSound(true) != 0) return -1;
     int rc = av_write_trailer(mFormat);
     if (rc < 0) {
         mError = "cannot finish " + mPath + ": " + avError(rc);
@@ -186,6 +279,9 @@ void MVNVideoFileSink::close() {
         mFormat = nullptr;
     }
     avcodec_free_context(&mCodec);
+    avcodec_free_context(&mSoundCodec);
+    av_frame_free(&mSoundFrame);
+    mSoundStream = nullptr;
     av_frame_free(&mFrame);
     av_packet_free(&mPacket);
     sws_freeContext(mSws);

@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <vector>
 
 #include "MVNOutputSink.h"
 
@@ -12,7 +13,8 @@ struct SwsContext;
 
 namespace Morvane {
 
-// H.264 in an MP4 or Matroska file through libavformat and libavcodec. The
+// H.264 in an MP4 or Matroska file through libavformat and libavcodec, with
+// AAC sound when enableSound was called. The
 // file is written under a temporary name and renamed into place by finish(),
 // so an interrupted render never leaves a file that looks complete.
 class MVNVideoFileSink : public MVNOutputSink {
@@ -24,9 +26,17 @@ public:
     int write(const uint8_t* pixels, int stride) override;
     int finish() override;
     void abort() override;
+    bool keepsSound() const override { return true; }
+    void enableSound(int rate, int channels) override;
+    int writeSound(const float* samples, int count) override;
 
 private:
     int encode(AVFrame* frame);
+    int openSound();
+    // Encodes the queued sound in whole encoder frames; at the end (`last`)
+    // the rest too.
+    int encodeSound(bool last);
+    int writePackets(AVCodecContext* codec, AVStream* stream);
     void close();
 
     std::string mPath;
@@ -41,6 +51,14 @@ private:
     int mHeight = 0;
     int mSrcFormat = 0;
     long long mPts = 0;
+    // Sound: AAC of what writeSound queued, pts counted in samples.
+    int mSoundRate = 0;
+    int mSoundChannels = 0;
+    AVCodecContext* mSoundCodec = nullptr;
+    AVStream* mSoundStream = nullptr;
+    AVFrame* mSoundFrame = nullptr;
+    std::vector<float> mSoundQueue;  // interleaved, not yet encoded
+    long long mSoundPts = 0;
 };
 
 }  // namespace Morvane

@@ -2,6 +2,7 @@
 // frames.
 //
 //   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
+//              [--no-audio] [--audio-out FILE.wav]
 //   mvn-render --list-transitions
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
@@ -33,6 +34,8 @@ extern "C" {
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNTractor.h"
 #include "MVNVirtualDisplay.h"
+#include "MVNWaveFile.h"
+#include "core/MVNAudioBlock.h"
 
 using namespace Morvane;
 namespace fs = std::filesystem;
@@ -56,6 +59,8 @@ struct Options {
     bool antiAliasing = true;
     bool async = true;
     bool listTransitions = false;
+    bool audio = true;
+    std::string audioOut;
 };
 
 void usage(FILE* to) {
@@ -66,6 +71,8 @@ void usage(FILE* to) {
                  "       or - for raw RGBA frames on standard output\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
+                 "  --no-audio      leave the sound out of a video file\n"
+                 "  --audio-out F   write the sound to the WAV file F as well (48 kHz stereo float)\n"
                  "usage: mvn-render --list-transitions\n"
                  "  prints the named transitions of the render module by family\n");
 }
@@ -117,6 +124,12 @@ int parseArgs(int argc, char** argv, Options& o) {
             o.async = false;
         } else if (a == "--list-transitions") {
             o.listTransitions = true;
+        } else if (a == "--no-audio") {
+            o.audio = false;
+        } else if (a == "--audio-out") {
+            const char* v = value("--audio-out");
+            if (!v) return -1;
+            o.audioOut = v;
         } else if (a == "-h" || a == "--help") {
             usage(stdout);
             std::exit(0);
@@ -166,6 +179,10 @@ void setUpLogging(bool quiet) {
     addLogSink([](const MVNLogLine& line) {
         if (line.level < MVNLogLevel::Warn) return;
         if (line.message.find("must contain at least one entry") != std::string::npos) return;
+        // A video without sound is no error to the user, and the
+        // encoder's priming block of a file's sound decodes to nothing.
+        if (line.message.find("Could not find audio stream") != std::string::npos) return;
+        if (line.message.find("decode audio nb_samples:0") != std::string::npos) return;
         std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
                      line.message.c_str());
     });
@@ -216,6 +233,8 @@ int main(int argc, char** argv) {
     }
 
     std::error_code ec;
+    std::string audioOut = opt.audioOut;
+    if (!audioOut.empty()) audioOut = fs::absolute(audioOut, ec).lexically_normal().string();
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
     std::string output = opt.output;
     if (output != "-") output = fs::absolute(output, ec).lexically_normal().string();
@@ -245,6 +264,13 @@ int main(int argc, char** argv) {
                      module.empty() ? " (not found)" : "");
         return kExitFailed;
     }
+    // Video files, animations and pictures decoded on the processor.
+    std::string media = findModule("libMVNMedia.so");
+    if (media.empty() || loadModule(media) != 0) {
+        std::fprintf(stderr, "mvn-render: the media module libMVNMedia.so could not be loaded%s\n",
+                     media.empty() ? " (not found)" : "");
+        return kExitFailed;
+    }
 
     MVNProjectLoader loader;
     MVNProject project;
@@ -262,6 +288,19 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "mvn-render: %s\n", sinkError.c_str());
         return kExitBadInput;
     }
+
+    // Sound goes into a video file unless --no-audio, and to --audio-out.
+    std::unique_ptr<MVNWaveFile> wave;
+    if (!audioOut.empty()) {
+        wave = std::make_unique<MVNWaveFile>(audioOut);
+        if (wave->open(MVNAudioBlock::kRate, MVNAudioBlock::kChannels) != 0) {
+            std::fprintf(stderr, "mvn-render: %s\n", wave->error().c_str());
+            return kExitBadInput;
+        }
+    }
+    // A project where nothing sounds gets no silent track.
+    const bool soundInOutput = opt.audio && sink->keepsSound() && project.sound;
+    if (soundInOutput) sink->enableSound(MVNAudioBlock::kRate, MVNAudioBlock::kChannels);
 
     MVNVirtualDisplay display;
     const char* env = std::getenv("DISPLAY");
@@ -331,6 +370,20 @@ int main(int argc, char** argv) {
         progress.update(++written);
         return 0;
     });
+    if (soundInOutput || wave) {
+        consumer.setSoundSink([&](const MVNRenderConsumer::Sound& sound) {
+            if (gInterrupted) return 1;
+            if (soundInOutput && sink->writeSound(sound.samples, sound.count) != 0) {
+                failed = true;
+                return 1;
+            }
+            if (wave && wave->write(sound.samples, sound.count) != 0) {
+                failed = true;
+                return 1;
+            }
+            return 0;
+        });
+    }
     int delivered = consumer.renderRange(first, last);
     consumer.disconnect();
 
@@ -338,18 +391,25 @@ int main(int argc, char** argv) {
     if (gInterrupted) {
         std::fprintf(stderr, "\nmvn-render: interrupted; nothing was kept\n");
         sink->abort();
+        if (wave) wave->abort();
         status = 130;
     } else if (failed || delivered != total || !opened) {
-        std::fprintf(stderr, "\nmvn-render: %s\n",
-                     !sink->error().empty() ? sink->error().c_str()
-                                            : ("only " + std::to_string(std::max(delivered, 0)) + " of " +
-                                               std::to_string(total) + " frames came back from the renderer")
-                                                  .c_str());
+        std::string why = !sink->error().empty()            ? sink->error()
+                          : wave && !wave->error().empty() ? wave->error()
+                                                           : "only " + std::to_string(std::max(delivered, 0)) + " of " +
+                                                                 std::to_string(total) +
+                                                                 " frames came back from the renderer";
+        std::fprintf(stderr, "\nmvn-render: %s\n", why.c_str());
         sink->abort();
+        if (wave) wave->abort();
         status = kExitFailed;
     } else if (sink->finish() != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", sink->error().c_str());
         sink->abort();
+        if (wave) wave->abort();
+        status = kExitFailed;
+    } else if (wave && wave->finish() != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", wave->error().c_str());
         status = kExitFailed;
     } else {
         progress.finish(written, output == "-" ? "standard output" : output);

@@ -13,6 +13,8 @@ public:
     ~MVNGroup() override;
 
     virtual MVNFrame* processImage(int position, MVNFrame* frame) { return nullptr; }
+    // A group sounds like its sub-timeline at the same position.
+    int _getAudio(int position, void* converter, MVNFrame** frame) override;
     virtual void reconfig() {}
     virtual void _OnConnected() {}
     virtual void _OnDisconnected() {}

@@ -34,6 +34,8 @@ public:
 
     void _OnPropertyChanged(const char* key) override;
     int getImage(int position, MVNFrame** frame) override;
+    // The sound of `position` as _getAudio gives it (an MVNAudioBlock),
+    // scaled by "volume" (default 1.0), then through the audio filters.
     int getAudio(int position, void* converter, MVNFrame** frame) override;
 
     // Hides the render texture until the next getImage.

@@ -26,6 +26,9 @@ public:
 
     // Appends what draws at `position` on every track, in track order.
     void activeAt(int position, std::vector<MVNActiveClip>& out) const;
+    // The sum of every track's sound at `position` (MVNAudioBlock), each
+    // clip at its own "volume"; -1 where no track sounds.
+    int _getAudio(int position, void* converter, MVNFrame** frame) override;
 
 protected:
     MVNMultitrack(const MVNProfile& profile, MVNServiceType type);

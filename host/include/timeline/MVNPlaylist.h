@@ -33,6 +33,10 @@ struct MVNPlaylistEntry {
 // transition when one is given (otherwise both clips show, the later one
 // above); the playlist gets n frames shorter.
 //
+// The sound of a position is the clip's there; in a mix the two clips
+// cross-fade through a "transition_audio" the playlist makes for the mix
+// (and destroys with it), whether a transition draws the picture or not.
+//
 // Positions run from 0 to getPlaytime() - 1 after refresh(), which every
 // edit calls. Lengths are read from the clips live, so a trimmed clip moves
 // what follows it. Thread-safe.
@@ -71,6 +75,9 @@ public:
     // start positions.
     void refresh();
 
+    // The sound of `position` (MVNAudioBlock); -1 where nothing sounds.
+    int _getAudio(int position, void* converter, MVNFrame** frame) override;
+
 protected:
     void _activeAt(int position, std::vector<MVNActiveClip>& out) const override;
 
@@ -79,8 +86,13 @@ private:
     int _length(const Item& item) const;
     int _removeLocked(int index, std::vector<MVNTransition*>& released);
     void _layout(std::vector<MVNPlaylistEntry>& out) const;
+    // A cross-fade for a new mix; empty when none could be made (logged).
+    std::string _createCrossfade();
+    // Destroys the cross-fades of mixes removed under the lock.
+    void _destroyReleasedAudio();
 
     std::vector<std::unique_ptr<Item>> mItems;
+    std::vector<std::string> mReleasedAudio;
     mutable std::recursive_mutex mLock;
 };
 

@@ -19,6 +19,8 @@ struct MVNProject {
     // ("pictures/beach.png"): the project's folder first.
     std::vector<std::string> resourceLocations;
     int length = 0;  // positions 0 .. length - 1
+    // Some clip has sound: an output that can hold it should.
+    bool sound = false;
 };
 
 }  // namespace Morvane

@@ -32,6 +32,12 @@ namespace Morvane {
 // file beside the project, made absolute, or a colour "#rrggbb[aa]") as
 // properties, all checked before anything is built.
 //
+// A video ("codec.video"), an animation ("codec.gif") or a picture decoded
+// on the processor ("stb_image") names its file in "resource"; a video or an
+// animation is opened while the file is read, and its "length" defaults to
+// the rest of the file after "in". "properties": { "volume": V } sets the
+// level of a clip's sound (1.0 as recorded).
+//
 // Tracks go bottom to top: each clip gets zOrder track + 1, so an upper track
 // draws over a lower one. Geometry is in profile pixels with the origin at
 // the top-left corner, y down; without it a clip fills the frame. Relative

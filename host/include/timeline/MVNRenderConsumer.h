@@ -8,6 +8,10 @@
 //             overlaps the rendering of the next;
 //   listener  the consumer registers as the frame listener and receives
 //             each frame on the render thread, queued for delivery here.
+// With a sound sink the consumer also asks the producer for the sound of
+// each position (getAudio) and hands it on, silence where nothing sounds:
+// the sound of position N is exactly the samples that begin where N's
+// picture begins (MVNAudioBlock), so the two never drift apart.
 // Every buffer and frame goes back to its pool once the sink has seen it.
 #include <atomic>
 #include <condition_variable>
@@ -46,7 +50,21 @@ public:
     MVNRenderConsumer(const MVNProfile& profile, MVNRenderSystem* renderSystem, ReadMode mode = READ_SYNC);
     ~MVNRenderConsumer() override;
 
+    // The sound of one position: `count` samples of `channels` interleaved
+    // floats at `rate`, valid only during the sink call.
+    struct Sound {
+        int position;
+        const float* samples;
+        int count;
+        int rate;
+        int channels;
+    };
+    // Returns 0 to go on; anything else stops the run.
+    using SoundSink = std::function<int(const Sound&)>;
+
     void setPictureSink(PictureSink sink) { mSink = std::move(sink); }
+    // Without a sound sink no sound is asked for.
+    void setSoundSink(SoundSink sink) { mSoundSink = std::move(sink); }
     ReadMode readMode() const { return mMode; }
 
     // Renders first..last in order and delivers each picture; blocks. The
@@ -72,6 +90,7 @@ public:
 
 private:
     int renderOne(int position);
+    int deliverSound(int position);
     int deliverFrame(MVNFrame* frame, int expected);
     // Frames that are back from the reader, without waiting; -1 on a stop.
     int collectReady(int& next, int last, bool wait);
@@ -81,6 +100,7 @@ private:
     MVNRenderSystem* mRenderSystem;
     ReadMode mMode;
     PictureSink mSink;
+    SoundSink mSoundSink;
     std::atomic<bool> mStopRequested{false};
     std::atomic<bool> mRunning{false};
     std::thread mThread;

@@ -55,4 +55,9 @@ std::string MVNGroup::producerId() const {
     return mChildId;
 }
 
+int MVNGroup::_getAudio(int position, void* converter, MVNFrame** frame) {
+    MVNProducer* child = producer();
+    return child != nullptr ? child->getAudio(child->getIn() + position, converter, frame) : -1;
+}
+
 }  // namespace Morvane

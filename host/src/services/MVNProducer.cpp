@@ -5,6 +5,7 @@
 #include <cstring>
 #include <exception>
 
+#include "core/MVNAudioBlock.h"
 #include "core/MVNByteBuffer.h"
 #include "services/MVNDecoder.h"
 #include "services/MVNFactory.h"
@@ -189,6 +190,14 @@ int MVNProducer::getAudio(int position, void* converter, MVNFrame** frame) {
     MVNFrame* f = nullptr;
     int rc = _getAudio(position, converter, &f);
     if (rc != 0 || f == nullptr) return rc != 0 ? rc : -1;
+    // The clip's own level, before its audio filters.
+    double volume = getDouble("volume", 1.0);
+    if (volume != 1.0) {
+        if (float* s = MVNAudioBlock::samples(f)) {
+            const int n = f->samples() * f->channels();
+            for (int i = 0; i < n; ++i) s[i] = static_cast<float>(s[i] * volume);
+        }
+    }
     std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
     for (MVNFilter* filter : mAudioFilters) {
         MVNFrame* out = filter->processAudio(position, f);

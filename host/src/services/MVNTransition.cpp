@@ -1,6 +1,8 @@
 #include "services/MVNTransition.h"
 
+#include "core/MVNAudioBlock.h"
 #include "core/MVNFrame.h"
+#include "services/MVNTransitionAudio.h"
 #include "core/MVNLog.h"
 
 namespace Morvane {
@@ -128,7 +130,17 @@ bool MVNTransition::containGroup() {
 }
 
 int MVNTransition::_getAudio(int position, void* converter, MVNFrame** frame) {
-    return clipA != nullptr ? clipA->getAudio(mStartA + position, converter, frame) : -1;
+    if (frame == nullptr) return -1;
+    MVNFrame* a = nullptr;
+    MVNFrame* b = nullptr;
+    if (clipA != nullptr && clipA->getAudio(mStartA + position, converter, &a) != 0) a = nullptr;
+    if (clipB != nullptr && clipB->getAudio(mStartB + position, converter, &b) != 0) b = nullptr;
+    // Over the transition A's sound gives way to B's, as the picture does.
+    MVNFrame* out =
+        MVNTransitionAudio::blend(true, position, getPlaytime(), MVNAudioBlock::samplesOf(mProfile, position), a, b);
+    if (out == nullptr) return -1;
+    *frame = out;
+    return 0;
 }
 
 int MVNTransition::_getImage(int position, MVNFrame** frame) {

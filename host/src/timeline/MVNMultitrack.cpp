@@ -1,5 +1,7 @@
 #include "timeline/MVNMultitrack.h"
 
+#include "core/MVNAudioBlock.h"
+#include "core/MVNFrame.h"
 #include "services/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNPlaylist.h"
@@ -61,5 +63,33 @@ void MVNMultitrack::activeAt(int position, std::vector<MVNActiveClip>& out) cons
 }
 
 void MVNMultitrack::_activeAt(int position, std::vector<MVNActiveClip>& out) const { activeAt(position, out); }
+
+int MVNMultitrack::_getAudio(int position, void* converter, MVNFrame** frame) {
+    if (frame == nullptr || position < 0) return -1;
+    std::vector<MVNProducer*> sounding;
+    {
+        std::lock_guard<std::recursive_mutex> guard(mTracksLock);
+        for (const std::string& id : mTrackIds) {
+            MVNProducer* track = getProducerById(id);
+            if (track == nullptr) continue;
+            // A lone clip as a track sounds for its playtime; timelines know
+            // their own ends.
+            bool timeline = dynamic_cast<MVNTimelineProducer*>(track) != nullptr;
+            if (timeline || position < track->getPlaytime()) sounding.push_back(track);
+        }
+    }
+    // Every track sounds at once: the tractor's sound is their sum.
+    MVNFrame* out = nullptr;
+    for (MVNProducer* track : sounding) {
+        MVNFrame* sound = nullptr;
+        if (track->getAudio(track->getIn() + position, converter, &sound) != 0 || sound == nullptr) continue;
+        if (out == nullptr) out = MVNAudioBlock::pullSilence(MVNAudioBlock::samplesOf(mProfile, position));
+        MVNAudioBlock::mixInto(out, sound, 1.0f);
+        MVNFrame::pushBackPool(sound);
+    }
+    if (out == nullptr) return -1;
+    *frame = out;
+    return 0;
+}
 
 }  // namespace Morvane

@@ -4,7 +4,10 @@
 
 #include "services/MVNFactory.h"
 #include "core/MVNLog.h"
+#include "core/MVNAudioBlock.h"
+#include "core/MVNFrame.h"
 #include "services/MVNTransition.h"
+#include "services/MVNTransitionAudio.h"
 
 namespace Morvane {
 
@@ -20,6 +23,7 @@ struct MVNPlaylist::Item {
     int trimIn = 0;       // clips: frames given to the mix before
     int trimOut = 0;      // clips: frames given to the mix after
     std::unique_ptr<MVNProducer> blank;
+    std::string audioId;  // mixes: the cross-fade of the two clips' sound
 };
 
 MVNPlaylist::MVNPlaylist(const MVNProfile& profile) : MVNTimelineProducer(profile, MVN_SERVICE_PLAYLIST, kTag) {
@@ -34,16 +38,19 @@ MVNPlaylist::MVNPlaylist(const MVNProfile& profile) : MVNTimelineProducer(profil
 
 MVNPlaylist::~MVNPlaylist() {
     std::vector<MVNTransition*> transitions;
+    std::vector<std::string> audios;
     {
         std::lock_guard<std::recursive_mutex> guard(mLock);
         for (auto& item : mItems) {
             if (item->kind == MVN_ENTRY_MIX && !item->id.empty()) {
                 if (MVNTransition* t = getTransitionById(item->id)) transitions.push_back(t);
             }
+            if (!item->audioId.empty()) audios.push_back(item->audioId);
         }
         mItems.clear();
     }
     for (MVNTransition* t : transitions) t->disconnect();
+    for (const std::string& id : audios) destroyService(id);
 }
 
 int MVNPlaylist::_length(const Item& item) const {
@@ -143,6 +150,7 @@ int MVNPlaylist::mix(int index, int length, const std::string& transitionId) {
         item->kind = MVN_ENTRY_MIX;
         item->id = transitionId;
         item->mixLength = length;
+        item->audioId = _createCrossfade();
         mItems.insert(mItems.begin() + index + 1, std::move(item));
     }
     if (transition != nullptr) {
@@ -156,6 +164,15 @@ int MVNPlaylist::mix(int index, int length, const std::string& transitionId) {
     return 0;
 }
 
+std::string MVNPlaylist::_createCrossfade() {
+    MVNProperties properties;
+    properties.setString("service", "transition_audio");
+    properties.setBoolean("fade", true);
+    std::string id = createTransitionAudio(mProfile, properties);
+    if (id.empty()) log_warn(kTag, "%s mix without cross-fade, no transition audio", getStringId().c_str());
+    return id;
+}
+
 int MVNPlaylist::_removeLocked(int index, std::vector<MVNTransition*>& released) {
     int n = static_cast<int>(mItems.size());
     if (index < 0 || index >= n) return -1;
@@ -167,6 +184,7 @@ int MVNPlaylist::_removeLocked(int index, std::vector<MVNTransition*>& released)
         if (!item.id.empty()) {
             if (MVNTransition* t = getTransitionById(item.id)) released.push_back(t);
         }
+        if (!item.audioId.empty()) mReleasedAudio.push_back(item.audioId);
         mItems.erase(mItems.begin() + index);
         return 0;
     }
@@ -193,6 +211,7 @@ int MVNPlaylist::remove(int index) {
         return -1;
     }
     for (MVNTransition* t : released) t->disconnect();
+    _destroyReleasedAudio();
     refresh();
     return 0;
 }
@@ -205,10 +224,12 @@ void MVNPlaylist::clear() {
             if (item->kind == MVN_ENTRY_MIX && !item->id.empty()) {
                 if (MVNTransition* t = getTransitionById(item->id)) released.push_back(t);
             }
+            if (!item->audioId.empty()) mReleasedAudio.push_back(item->audioId);
         }
         mItems.clear();
     }
     for (MVNTransition* t : released) t->disconnect();
+    _destroyReleasedAudio();
     refresh();
 }
 
@@ -332,5 +353,83 @@ void MVNPlaylist::refresh() {
 }
 
 void MVNPlaylist::_activeAt(int position, std::vector<MVNActiveClip>& out) const { activeAt(position, out, 0); }
+
+void MVNPlaylist::_destroyReleasedAudio() {
+    std::vector<std::string> ids;
+    {
+        std::lock_guard<std::recursive_mutex> guard(mLock);
+        ids.swap(mReleasedAudio);
+    }
+    for (const std::string& id : ids) destroyService(id);
+}
+
+int MVNPlaylist::_getAudio(int position, void* converter, MVNFrame** frame) {
+    if (frame == nullptr || position < 0) return -1;
+    // What sounds is found under the lock and asked for without it: a clip
+    // may take its time decoding.
+    MVNProducer* a = nullptr;
+    MVNProducer* b = nullptr;
+    int positionA = 0;
+    int positionB = 0;
+    int offset = 0;
+    int mixLength = 0;
+    std::string audioId;
+    {
+        std::lock_guard<std::recursive_mutex> guard(mLock);
+        int start = 0;
+        int n = static_cast<int>(mItems.size());
+        for (int i = 0; i < n; ++i) {
+            const Item& item = *mItems[i];
+            int length = _length(item);
+            if (position >= start + length) {
+                start += length;
+                continue;
+            }
+            offset = position - start;
+            if (item.kind == MVN_ENTRY_CLIP) {
+                a = getProducerById(item.id);
+                if (a != nullptr) positionA = a->getIn() + item.trimIn + offset;
+            } else if (item.kind == MVN_ENTRY_MIX && i > 0 && i + 1 < n) {
+                const Item& itemA = *mItems[i - 1];
+                const Item& itemB = *mItems[i + 1];
+                a = getProducerById(itemA.id);
+                b = getProducerById(itemB.id);
+                if (a != nullptr) positionA = a->getIn() + a->getPlaytime() - itemA.trimOut + offset;
+                if (b != nullptr) positionB = b->getIn() + offset;
+                mixLength = item.mixLength;
+                audioId = item.audioId;
+            }
+            break;
+        }
+    }
+    const int samples = MVNAudioBlock::samplesOf(mProfile, position);
+    MVNFrame* soundA = nullptr;
+    MVNFrame* soundB = nullptr;
+    if (a != nullptr && a->getAudio(positionA, converter, &soundA) != 0) soundA = nullptr;
+    if (b != nullptr && b->getAudio(positionB, converter, &soundB) != 0) soundB = nullptr;
+    if (soundA == nullptr && soundB == nullptr) return -1;
+    MVNFrame* out = nullptr;
+    if (b != nullptr) {
+        MVNTransitionAudio* fade = getTransitionAudioById(audioId);
+        if (fade != nullptr) {
+            out = fade->process(offset, mixLength, samples, soundA, soundB);
+        } else {
+            // Without its cross-fade a mix sounds like what it shows: both.
+            out = MVNAudioBlock::pullSilence(samples);
+            MVNAudioBlock::mixInto(out, soundA, 1.0f);
+            MVNAudioBlock::mixInto(out, soundB, 1.0f);
+            MVNFrame::pushBackPool(soundA);
+            MVNFrame::pushBackPool(soundB);
+        }
+    } else {
+        // Fitted to the playlist's own block, which may differ by a sample.
+        out = MVNAudioBlock::pullSilence(samples);
+        MVNAudioBlock::mixInto(out, soundA, 1.0f);
+        MVNFrame::pushBackPool(soundA);
+    }
+    if (out == nullptr) return -1;
+    *frame = out;
+    return 0;
+}
 
 }  // namespace Morvane

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/MVNCellKinds.h"
+#include "core/MVNMediaProbe.h"
 #include "services/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "services/MVNGroup.h"
@@ -61,6 +62,7 @@ struct ClipPlan {
     // A grid: the JSON paths of its cells' resources by property key, so
     // that a cell the grid could not make is named where it was written.
     std::vector<std::pair<std::string, std::string>> cells;
+    bool sound = false;  // a file of this clip has sound
 };
 
 struct TrackPlan {
@@ -83,6 +85,50 @@ const std::string& requireString(const json& v, const std::string& path) {
     const std::string& s = v.get_ref<const std::string&>();
     if (s.empty()) fail(path, "must not be empty");
     return s;
+}
+
+// Clips whose file the host decodes itself get it by absolute path. A
+// moving one is opened while the file is read, so that a file that doesn't
+// open is named where it was written, and its length defaults to the rest
+// of the file after "in".
+struct HostMedia {
+    const char* service;
+    bool moving;
+};
+const HostMedia kHostMedia[] = {{"codec.video", true}, {"codec.gif", true}, {"stb_image", false}};
+
+const HostMedia* hostMedia(const std::string& service) {
+    for (const HostMedia& m : kHostMedia) {
+        if (service == m.service) return &m;
+    }
+    return nullptr;
+}
+
+// Checks a host-decoded clip's file and fills in its length.
+void planHostMedia(ClipPlan& plan, const HostMedia& media, const json& v, const std::string& path,
+                   const MVNProfile& profile, const std::string& folder) {
+    if (!v.contains("resource")) fail(path + ".resource", "missing: the file to show");
+    fs::path p(requireString(v["resource"], path + ".resource"));
+    fs::path full = p.is_absolute() ? p : fs::path(folder) / p;
+    std::error_code ec;
+    full = fs::absolute(full, ec).lexically_normal();
+    if (!fs::is_regular_file(full, ec)) fail(path + ".resource", "file not found: " + full.string());
+    plan.properties.setString("resource", full.string());
+    if (!media.moving) return;
+    MVNMediaProbe probe;
+    std::string reason;
+    if (MVNMediaProbe::probe(full.string(), probe, reason) != 0) fail(path + ".resource", reason);
+    int available = probe.positions(profile);
+    if (plan.in >= available) {
+        fail(path + ".in", "lies past the end of the file (" + std::to_string(available) + " frames)");
+    }
+    plan.sound = probe.audio;
+    if (!v.contains("length")) {
+        plan.length = available - plan.in;
+    } else if (media.service == std::string("codec.video") && plan.in + plan.length > available) {
+        fail(path + ".length", "runs past the end of the file: at most " + std::to_string(available - plan.in) +
+                                   " frames after in " + std::to_string(plan.in));
+    }
 }
 
 void copyProperties(const json& v, const std::string& path, MVNProperties& out) {
@@ -325,6 +371,13 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
             std::error_code ec;
             if (!fs::is_regular_file(full, ec)) fail(kpath, "file not found: " + full.lexically_normal().string());
             plan.properties.setString(key.c_str(), fs::absolute(full, ec).lexically_normal().string());
+            // A video cell is heard too.
+            MVNMediaProbe probe;
+            std::string reason;
+            if (cellServiceForPath(resource) == "codec.video" &&
+                MVNMediaProbe::probe(full.string(), probe, reason) == 0 && probe.audio) {
+                plan.sound = true;
+            }
         }
         plan.cells.emplace_back(key, kpath);
     }
@@ -352,8 +405,9 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     if (!v.contains("service")) fail(path + ".service", "missing");
     const std::string& service = requireString(v["service"], path + ".service");
     checkService(service, MVN_SERVICE_PRODUCER, path + ".service");
-    if (!v.contains("length")) fail(path + ".length", "missing");
-    plan.length = requireInt(v["length"], path + ".length", 1);
+    const HostMedia* media = hostMedia(service);
+    if (!v.contains("length") && !(media != nullptr && media->moving)) fail(path + ".length", "missing");
+    if (v.contains("length")) plan.length = requireInt(v["length"], path + ".length", 1);
     if (v.contains("in")) plan.in = requireInt(v["in"], path + ".in", 0);
 
     if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
@@ -369,7 +423,9 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
         if (v.contains("resource")) fail(path + ".resource", "a grid takes its cells as properties");
         planGrid(plan, v, path, folder);
     }
-    if (v.contains("resource")) {
+    if (media != nullptr) {
+        planHostMedia(plan, *media, v, path, profile, folder);
+    } else if (v.contains("resource")) {
         plan.properties.setString(
             "resource", resolvePicture(requireString(v["resource"], path + ".resource"), folder, path + ".resource",
                                        locations));
@@ -423,6 +479,15 @@ std::vector<TrackPlan> planTrackList(const json& tracks, const std::string& path
         plans.push_back(std::move(plan));
     }
     return plans;
+}
+
+bool anySound(const std::vector<TrackPlan>& tracks) {
+    for (const TrackPlan& t : tracks) {
+        for (const ClipPlan& c : t.clips) {
+            if (c.sound || anySound(c.tracks)) return true;
+        }
+    }
+    return false;
 }
 
 std::vector<TrackPlan> planTracks(const json& root, const MVNProfile& profile, const std::string& folder,
@@ -592,6 +657,7 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
         where.clear();
         auto plan = std::make_unique<Plan>();
         plan->tracks = planTracks(root, project.profile, project.folder, project.resourceLocations);
+        project.sound = anySound(plan->tracks);
         mPlan = std::move(plan);
     } catch (const ProjectError& e) {
         mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "core/MVNAudioBlock.h"
 #include "core/MVNByteBuffer.h"
 #include "core/MVNByteBufferPool.h"
 #include "core/MVNColorType.h"
@@ -46,7 +47,7 @@ int MVNRenderConsumer::renderRange(int first, int last) {
     int issued = first - 1;
     for (int position = first; position <= last && !mStopRequested; ++position) {
         setFrame(position);
-        if (renderOne(position) != 0) {
+        if (renderOne(position) != 0 || deliverSound(position) != 0) {
             rc = -1;
             break;
         }
@@ -93,6 +94,25 @@ int MVNRenderConsumer::renderOne(int position) {
         return -1;
     }
     return 0;
+}
+
+int MVNRenderConsumer::deliverSound(int position) {
+    if (!mSoundSink) return 0;
+    MVNFrame* sound = nullptr;
+    if (connectedProducer()->getAudio(position, nullptr, &sound) != 0 || sound == nullptr ||
+        MVNAudioBlock::samples(sound) == nullptr) {
+        MVNFrame::pushBackPool(sound);
+        sound = MVNAudioBlock::pullSilence(MVNAudioBlock::samplesOf(mProfile, position));
+        if (sound == nullptr) {
+            log_error(TAG, "sound of position %d lost, no frame in the pool", position);
+            return -1;
+        }
+    }
+    int rc = mSoundSink(Sound{position, MVNAudioBlock::samples(sound), sound->samples(), sound->frequency(),
+                              sound->channels()});
+    MVNFrame::pushBackPool(sound);
+    if (rc != 0) log_info(TAG, "sound sink stopped the run at position %d", position);
+    return rc;
 }
 
 int MVNRenderConsumer::collectReady(int& next, int last, bool wait) {

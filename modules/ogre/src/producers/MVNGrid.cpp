@@ -188,11 +188,12 @@ void MVNGrid::_placeCell(MVNProducer* clip, int row, int column, int cellWidth, 
     float bottom = static_cast<float>(mProfile.height()) - top - fitted.height;
     clip->setGeometry(MVNRect(static_cast<float>(cellWidth * column + offsetX), bottom, fitted.width, fitted.height));
     std::string service = clip->getString("service", "");
-    if (service == "stb_image" || service == "codec.gif") {
-        // A still or a gif lasts five seconds.
+    if (service == "codec.gif") {
+        // A gif lasts five seconds.
         clip->setInAndOut(0, static_cast<int>(mProfile.fps() * 5.0 - 1.0));
-    } else if (service == "ogre.color" || service == kEnginePictureService) {
-        // Drawn by the engine once and kept: as long as any grid runs.
+    } else if (service == "ogre.color" || service == kEnginePictureService || service == kPictureService) {
+        // A colour or a still picture, whoever decodes it, is kept: as long
+        // as any grid runs.
         int length = static_cast<int>(mProfile.fps() * kStillSeconds);
         clip->setLength(length);
         clip->setInAndOut(0, length - 1);

@@ -24,6 +24,7 @@
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
 #include "core/MVNTypes.h"
+#include "text/MVNProducerText.h"
 
 namespace Morvane {
 namespace {
@@ -149,7 +150,7 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
             bool textThree = props.getBoolean("textThree", false);
             std::string textFontFile = props.getString("textFontFile", "");
             std::string textBackupPath = props.getString("textBackupPath", "");
-            return serviceNotAvailable(name, *profile, zOrder, textThree, textFontFile, textBackupPath);
+            return new MVNProducerText(*profile, zOrder, textThree, textFontFile, textBackupPath, false);
         }
         if (service == "ogre.transition.sample") {
             std::string resource = props.getString("resource", "");

@@ -342,6 +342,25 @@ TEST_F(TextClips, ExtrudedTextTurnedByYawShowsSidesLitUnlikeTheFront) {
     EXPECT_GE(lit, 2) << "shades with at least 150 pixels";
 }
 
+TEST_F(TextClips, ExtrudedClipsOneAfterTheOtherOnATrackBothDrawTheirFront) {
+    for (int i = 0; i < 2; ++i) {
+        MVNProperties props = textProps("H", 100);
+        props.setBoolean("textThree", true);
+        props.setInt32("textDepth", 8);
+        MVNProducer* clip = make(props);
+        ASSERT_NE(clip, nullptr);
+        show(clip);
+        Composition out(W, H);
+        ASSERT_TRUE(out.ok());
+        int lit = 0;
+        for (int y = 0; y < H; ++y)
+            for (int x = 0; x < W; ++x) lit += out.at(x, y).g >= 40;
+        // Face on, the whole front of the H shows, not only its edges.
+        EXPECT_GT(lit, 800) << "clip " << i;
+        clip->resetRender(0);
+    }
+}
+
 TEST_F(TextClips, LayoutTakesAtMost281CodePoints) {
     MVNProducer* clip = make(textProps(std::string(281, 'i'), 4));
     ASSERT_NE(clip, nullptr);

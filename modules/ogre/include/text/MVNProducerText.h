@@ -6,7 +6,7 @@
 #include "services/MVNProducer.h"
 #include "text/FontInfo.h"
 #include "text/TextObjInfo.h"
-#include "text/fonts/FTGlyph.h"
+#include "text/fonts/FTPoint.h"
 
 namespace Ogre {
 class SceneManager;

@@ -6,17 +6,9 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
+#include "text/fonts/FTPoint.h"
 #include "text/fonts/FTVectoriser.h"
 
-// A vertex of a glyph mesh, in pixels.
-struct FTPoint3 {
-    float x;
-    float y;
-    float z;
-};
-using FTVertexList = std::vector<FTPoint3>;
-// Flat glyph vertices by character code, with pen (0, 0, 0).
-using FTGlyphCacheMap = std::map<uint32_t, FTVertexList>;
 
 // A vertex of an extruded glyph: position, normal, texture coordinate.
 struct FTExtrudeVertex {

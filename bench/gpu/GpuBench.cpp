@@ -45,6 +45,8 @@ using namespace Morvane;
 
 namespace MorvaneBench {
 void composeFrames(benchmark::State& state, bool upload);
+void buildTitle(benchmark::State& state, int mode);
+void composeTitles(benchmark::State& state, bool three);
 }
 
 namespace {
@@ -393,6 +395,18 @@ int main(int argc, char** argv) {
                 ->Iterations(20)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
+        }
+        for (int mode : {0, 1}) {
+            std::string name = std::string("TextTitle20/") + (mode == 0 ? "cold" : "from_cache") + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), [w, h, mode](benchmark::State& state) {
+                if (engineAt(state, w, h)) MorvaneBench::buildTitle(state, mode);
+            })->Iterations(20)->Unit(benchmark::kMillisecond)->UseRealTime();
+        }
+        for (bool three : {false, true}) {
+            std::string name = std::string("ComposeTenTextClips/") + (three ? "extruded" : "flat") + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), [w, h, three](benchmark::State& state) {
+                if (engineAt(state, w, h)) MorvaneBench::composeTitles(state, three);
+            })->Iterations(20)->Unit(benchmark::kMillisecond)->UseRealTime();
         }
         benchmark::RegisterBenchmark(("Upload" + suffix).c_str(), BM_Upload, w, h)
             ->Iterations(20)

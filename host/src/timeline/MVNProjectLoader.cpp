@@ -579,6 +579,9 @@ std::string buildTimeline(const std::vector<TrackPlan>& plans, const std::string
             if (producer->getLength() < out + 1) producer->setLength(out + 1);
             producer->setInAndOut(clip.in, out);
             if (clip.hasGeometry) producer->setGeometry(clip.geometry);
+            // A text clip builds its glyphs on the first change after init:
+            // the file's properties were all set before it.
+            if (clip.properties.getString("service", "") == "text") producer->setBoolean("_textNeedReBuild", true);
 
             for (const FilterPlan& f : clip.filters) {
                 std::string fid = factory->createFilter(profile, f.properties);

@@ -26,6 +26,7 @@
 #include "services/MVNService.h"
 #include "transitions/MVNTransitionSample.h"
 #include "core/MVNTypes.h"
+#include "text/MVNProducerText.h"
 
 namespace Morvane {
 namespace {
@@ -169,7 +170,13 @@ const ServiceRow kServices[] = {
          return new MVNProducerImage(profile, props.getString("resource", "").c_str(), zOrder);
      },
      {}},
-    {"text", MVN_SERVICE_PRODUCER, nullptr, {}},
+    {"text", MVN_SERVICE_PRODUCER,
+     [](const MVNProfile& profile, const MVNProperties& props, int zOrder) -> MVNService* {
+         return new MVNProducerText(profile, zOrder, props.getBoolean("textThree", false),
+                                    props.getString("textFontFile", ""), props.getString("textBackupPath", ""),
+                                    false);
+     },
+     {}},
     {"ogre.transition.sample", MVN_SERVICE_PRODUCER,
      [](const MVNProfile& profile, const MVNProperties& props, int) -> MVNService* {
          return new MVNTransitionSample(profile, props.getString("resource", "").c_str());

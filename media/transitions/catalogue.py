@@ -74,16 +74,16 @@ ROWS = [
     ("wipeup", "wipe", xf("return px.y > floor(s.y * p) ? getToColor(uv) : getFromColor(uv);"), []),
     ("wipedown", "wipe", xf("return px.y > floor(s.y * (1.0 - p)) ? getFromColor(uv) : getToColor(uv);"), []),
     ("wipetl", "wipe", xf(
-        "vec2 z = floor(s * p);\n"
+        "vec2 z = s * p;\n"
         "return px.y <= z.y && px.x <= z.x ? getFromColor(uv) : getToColor(uv);"), []),
     ("wipetr", "wipe", xf(
-        "vec2 z = floor(s * p);\n"
+        "vec2 z = s * p;\n"
         "return px.y <= z.y && px.x > s.x - z.x ? getFromColor(uv) : getToColor(uv);"), []),
     ("wipebl", "wipe", xf(
-        "vec2 z = floor(s * p);\n"
+        "vec2 z = s * p;\n"
         "return px.y > s.y - z.y && px.x <= z.x ? getFromColor(uv) : getToColor(uv);"), []),
     ("wipebr", "wipe", xf(
-        "vec2 z = floor(s * p);\n"
+        "vec2 z = s * p;\n"
         "return px.y > s.y - z.y && px.x > s.x - z.x ? getFromColor(uv) : getToColor(uv);"), []),
     ("smoothleft", "wipe", xf(
         "float m = smoothstep(0.0, 1.0, 1.0 + px.x / s.x - p * 2.0);\n"
@@ -111,16 +111,16 @@ ROWS = [
         "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     ("radial", "wipe", xf(
         "float m = clamp(atan(px.x - s.x / 2.0, px.y - s.y / 2.0) - (p - 0.5) * (PI * 2.5), 0.0, 1.0);\n"
-        "return mix(getToColor(uv), getFromColor(uv), m);"), []),
+        "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     # --- slides, covers and reveals --------------------------------------------------------------
     ("slideleft", "slide", xf(
-        "float x = px.x + floor(-p * s.x) + s.x;\n"
+        "float x = px.x - floor(p * s.x) + s.x;\n"
         "return x < s.x ? fromPixel(vec2(x, px.y)) : toPixel(vec2(x - s.x, px.y));"), []),
     ("slideright", "slide", xf(
         "float x = px.x + floor(p * s.x) - s.x;\n"
         "return x < 0.0 ? toPixel(vec2(x + s.x, px.y)) : fromPixel(vec2(x, px.y));"), []),
     ("slideup", "slide", xf(
-        "float y = px.y + floor(-p * s.y) + s.y;\n"
+        "float y = px.y - floor(p * s.y) + s.y;\n"
         "return y < s.y ? fromPixel(vec2(px.x, y)) : toPixel(vec2(px.x, y - s.y));"), []),
     ("slidedown", "slide", xf(
         "float y = px.y + floor(p * s.y) - s.y;\n"
@@ -177,22 +177,22 @@ ROWS = [
         "return mix(getToColor(uv), getFromColor(uv), m);"), []),
     ("circleclose", "shape", xf(
         "float m = smoothstep(0.0, 1.0, 1.0 - length(px - s / 2.0) / length(s / 2.0) + (p - 0.5) * 3.0);\n"
-        "return mix(getFromColor(uv), getToColor(uv), m);"), []),
+        "return mix(getToColor(uv), getFromColor(uv), m);"), []),
     ("vertopen", "shape", xf(
         "float h = s.x / 2.0;\n"
-        "float m = smoothstep(0.0, 1.0, 2.0 - abs((px.x - h) / h) - p * 1.5);\n"
+        "float m = smoothstep(0.0, 1.0, 2.0 - abs((px.x - h) / h) - p * 2.0);\n"
         "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     ("vertclose", "shape", xf(
         "float h = s.x / 2.0;\n"
-        "float m = smoothstep(0.0, 1.0, 1.0 + abs((px.x - h) / h) - p * 1.5);\n"
+        "float m = smoothstep(0.0, 1.0, 1.0 + abs((px.x - h) / h) - p * 2.0);\n"
         "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     ("horzopen", "shape", xf(
         "float h = s.y / 2.0;\n"
-        "float m = smoothstep(0.0, 1.0, 2.0 - abs((px.y - h) / h) - p * 1.5);\n"
+        "float m = smoothstep(0.0, 1.0, 2.0 - abs((px.y - h) / h) - p * 2.0);\n"
         "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     ("horzclose", "shape", xf(
         "float h = s.y / 2.0;\n"
-        "float m = smoothstep(0.0, 1.0, 1.0 + abs((px.y - h) / h) - p * 1.5);\n"
+        "float m = smoothstep(0.0, 1.0, 1.0 + abs((px.y - h) / h) - p * 2.0);\n"
         "return mix(getFromColor(uv), getToColor(uv), m);"), []),
     ("CircleScale", "shape",
      "// A circle of clip B grows from the centre, round in the frame whatever its shape.\n"

@@ -72,7 +72,7 @@ vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
     float m = smoothstep(0.0, 1.0, 1.0 - length(px - s / 2.0) / length(s / 2.0) + (p - 0.5) * 3.0);
-    return mix(getFromColor(uv), getToColor(uv), m);
+    return mix(getToColor(uv), getFromColor(uv), m);
 }
 
 // Calls the transition function for this pixel. transitionInvert swaps the

@@ -72,7 +72,7 @@ vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
     float m = clamp(atan(px.x - s.x / 2.0, px.y - s.y / 2.0) - (p - 0.5) * (PI * 2.5), 0.0, 1.0);
-    return mix(getToColor(uv), getFromColor(uv), m);
+    return mix(getFromColor(uv), getToColor(uv), m);
 }
 
 // Calls the transition function for this pixel. transitionInvert swaps the

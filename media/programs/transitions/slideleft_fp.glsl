@@ -71,7 +71,7 @@ const float PI = 3.14159265358979;
 vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
-    float x = px.x + floor(-p * s.x) + s.x;
+    float x = px.x - floor(p * s.x) + s.x;
     return x < s.x ? fromPixel(vec2(x, px.y)) : toPixel(vec2(x - s.x, px.y));
 }
 

@@ -71,7 +71,7 @@ const float PI = 3.14159265358979;
 vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
-    float y = px.y + floor(-p * s.y) + s.y;
+    float y = px.y - floor(p * s.y) + s.y;
     return y < s.y ? fromPixel(vec2(px.x, y)) : toPixel(vec2(px.x, y - s.y));
 }
 

@@ -72,7 +72,7 @@ vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
     float h = s.x / 2.0;
-    float m = smoothstep(0.0, 1.0, 1.0 + abs((px.x - h) / h) - p * 1.5);
+    float m = smoothstep(0.0, 1.0, 1.0 + abs((px.x - h) / h) - p * 2.0);
     return mix(getFromColor(uv), getToColor(uv), m);
 }
 

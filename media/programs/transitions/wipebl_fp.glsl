@@ -71,7 +71,7 @@ const float PI = 3.14159265358979;
 vec4 transition(vec2 uv)
 {
     vec2 s = frameSize(); vec2 px = pixelOf(uv); float p = 1.0 - progress;
-    vec2 z = floor(s * p);
+    vec2 z = s * p;
     return px.y > s.y - z.y && px.x <= z.x ? getFromColor(uv) : getToColor(uv);
 }
 

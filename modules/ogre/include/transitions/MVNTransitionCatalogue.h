@@ -14,7 +14,7 @@ struct MVNTransitionUniform {
 };
 
 // A transition of the library: its material has the same name.
-struct MVNTransitionCatalogueEntry {
+struct MVN_OGRE_API MVNTransitionCatalogueEntry {
     const char* name;
     const char* family;
     const MVNTransitionUniform* uniforms;

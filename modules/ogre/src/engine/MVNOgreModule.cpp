@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "filters/MVNFilterCanvas.h"
 #include "filters/MVNFilterSample.h"
+#include "filters/MVNFilterSample2.h"
 #include "core/MVNLog.h"
 #include "MVNOgreExport.h"
 #include "engine/MVNOgreManager.h"
@@ -177,7 +179,7 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
         }
         if (service == "ogre.filter.canvas") {
             int canvasType = props.getInt32("canvasType", 0);
-            return serviceNotAvailable(name, *profile, canvasType, props);
+            return takeOverProperties(new MVNFilterCanvas(*profile, canvasType), props);
         }
         if (service == "ogre.filter.sample2") {
             std::string resourceOne = props.getString("resource_one", "");
@@ -190,7 +192,7 @@ MVNService* createOgreService(const MVNProfile* profile, const MVNProperties* pr
                 log_error(kTag, "create filter sample2 failed, rsource_two is null");
                 return nullptr;
             }
-            return serviceNotAvailable(name, *profile, resourceOne, resourceTwo);
+            return new MVNFilterSample2(*profile, resourceOne.c_str(), resourceTwo.c_str());
         }
         if (service == "ogre.group.sample") {
             return new MVNGroupSample(*profile);

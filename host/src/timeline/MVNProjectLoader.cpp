@@ -230,6 +230,42 @@ void checkService(const std::string& name, MVNServiceType want, const std::strin
     }
 }
 
+// The two-pass filter: "resource" names the material of pass one, the
+// properties' "resource_two" that of pass two.
+void planTwoPassFilter(FilterPlan& plan, const json& v, const std::string& path) {
+    if (!v.contains("resource")) fail(path + ".resource", "missing");
+    plan.properties.setString("resource_one", plan.properties.getString("resource", ""));
+    if (plan.properties.getString("resource_two", "").empty()) {
+        fail(path + ".properties.resource_two", "missing: the material of the second pass");
+    }
+}
+
+// The canvas: "canvasType" 0 (the picture blurred), 1 (the picture file
+// "resource" blurred) or 2 (the colour "color", "#rrggbbaa").
+void planCanvasFilter(FilterPlan& plan, const json& v, const std::string& path, const std::string& folder) {
+    const std::string at = path + ".properties";
+    MVNProperties& p = plan.properties;
+    if (v.contains("properties") && v["properties"].contains("canvasType")) {
+        const json& t = v["properties"]["canvasType"];
+        if (!t.is_number_integer() || t.get<long long>() < 0 || t.get<long long>() > 2) {
+            fail(at + ".canvasType", "expected 0 (blurred picture), 1 (blurred file) or 2 (colour)");
+        }
+    }
+    int type = p.getInt32("canvasType", 0);
+    if (p.has("color")) {
+        MVNColor4B c;
+        if (!c.fromString(p.getString("color", ""))) fail(at + ".color", "expected a colour \"#rrggbbaa\"");
+    }
+    if (type == 1) {
+        std::string file = p.getString("resource", "");
+        if (file.empty()) fail(at + ".resource", "missing: the picture file of the background");
+        fs::path full = fs::path(file).is_absolute() ? fs::path(file) : fs::path(folder) / file;
+        std::error_code ec;
+        if (!fs::is_regular_file(full, ec)) fail(at + ".resource", "file not found: " + full.lexically_normal().string());
+        p.setString("resource", fs::absolute(full, ec).lexically_normal().string());
+    }
+}
+
 FilterPlan planFilter(const json& v, const std::string& path, const std::string& folder) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
     FilterPlan plan;
@@ -248,6 +284,8 @@ FilterPlan planFilter(const json& v, const std::string& path, const std::string&
             fail(path + "." + it.key(), "unknown key");
         }
     }
+    if (service == "ogre.filter.sample2") planTwoPassFilter(plan, v, path);
+    if (service == "ogre.filter.canvas") planCanvasFilter(plan, v, path, folder);
     return plan;
 }
 

@@ -8,7 +8,8 @@
 //                screened over the picture by ufmBrightness
 //   SHARPEN      unsharp mask, ufmSharpnessStrength 0 leaves it alone
 //   GAUSSIAN     two-dimensional Gaussian, sigma 2 pixels
-//   GAUSSIAN_X/Y one pass of a separable Gaussian, sigma 3 pixels
+//   GAUSSIAN_X/Y one pass of a separable Gaussian, sigma 3 pixels, times
+//                ufmStrength where that is above 0
 // ufmUpdateDefault 1 (outside the clip span the processor set) shows the
 // picture unchanged.
 #include "filter_common.glsl"
@@ -29,6 +30,7 @@ uniform float ufmImageWidthFactor;
 uniform float ufmImageHeightFactor;
 uniform float ufmBrightness;
 uniform float ufmSharpnessStrength;
+uniform float ufmStrength;
 
 // One texel in texture coordinates: from the size sent, else the texture's.
 vec2 texelOf(float width, float height)
@@ -119,6 +121,9 @@ void main()
 #else
     vec2 step = vec2(0.0, texel.y);
 #endif
+    // A canvas widens its background's blur by its strength; none set (0)
+    // is the plain kernel.
+    step *= ufmStrength > 0.0 ? ufmStrength : 1.0;
     const float offsets[6] = float[6](0.0, 1.4584295, 3.4039848, 5.3518058, 7.3029407, 9.0);
     const float weights[6] = float[6](0.133175996, 0.232618096, 0.135525613, 0.051231140, 0.012557701,
                                       0.001479452);

@@ -32,6 +32,13 @@ protected:
                               [](const MVNProfile* p, const MVNProperties* props) -> MVNService* {
                                   return new StampFilter(*p, props->getInt32("tag", 1));
                               });
+        // The module's two filters whose project-file forms the loader checks.
+        for (const char* name : {"ogre.filter.canvas", "ogre.filter.sample2"}) {
+            repo->registerService(MVN_SERVICE_FILTER, name,
+                                  [](const MVNProfile* p, const MVNProperties*) -> MVNService* {
+                                      return new StampFilter(*p, 1);
+                                  });
+        }
         folder = fs::current_path() / "project";
         fs::create_directories(folder / "pictures");
         std::ofstream(folder / "pictures" / "beach.png") << "not really a picture";
@@ -42,6 +49,8 @@ protected:
         EXPECT_EQ(MVNFactory::getSingleton()->count(), baseline) << "the loader left services behind";
         MVNRepository::getSingleton()->unregisterService("test.clip");
         MVNRepository::getSingleton()->unregisterService("test.filter");
+        MVNRepository::getSingleton()->unregisterService("ogre.filter.canvas");
+        MVNRepository::getSingleton()->unregisterService("ogre.filter.sample2");
     }
     int load(const std::string& text) {
         return loader.loadFromString(text, (folder / "show.json").string(), project);
@@ -179,7 +188,28 @@ INSTANTIATE_TEST_SUITE_P(
                    "tracks[0].clips[0].properties.a: expected a string, a number or a boolean, got array"},
         BadProject{"FilterUnknown",
                    CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [ { "service": "nope" } ] })"),
-                   "tracks[0].clips[0].filters[0].service: unknown service \"nope\""}),
+                   "tracks[0].clips[0].filters[0].service: unknown service \"nope\""},
+        BadProject{"TwoPassWithoutSecond",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [
+                       { "service": "ogre.filter.sample2", "resource": "GaussianBlurX" } ] })"),
+                   "tracks[0].clips[0].filters[0].properties.resource_two: missing: the material of the second pass"},
+        BadProject{"TwoPassWithoutFirst",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [
+                       { "service": "ogre.filter.sample2", "properties": { "resource_two": "GaussianBlurY" } } ] })"),
+                   "tracks[0].clips[0].filters[0].resource: missing"},
+        BadProject{"CanvasType",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [
+                       { "service": "ogre.filter.canvas", "properties": { "canvasType": 3 } } ] })"),
+                   "tracks[0].clips[0].filters[0].properties.canvasType: expected 0 (blurred picture), 1 (blurred "
+                   "file) or 2 (colour)"},
+        BadProject{"CanvasColour",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [
+                       { "service": "ogre.filter.canvas", "properties": { "canvasType": 2, "color": "red" } } ] })"),
+                   "tracks[0].clips[0].filters[0].properties.color: expected a colour \"#rrggbbaa\""},
+        BadProject{"CanvasWithoutFile",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "filters": [
+                       { "service": "ogre.filter.canvas", "properties": { "canvasType": 1 } } ] })"),
+                   "tracks[0].clips[0].filters[0].properties.resource: missing: the picture file of the background"}),
     [](const ::testing::TestParamInfo<BadProject>& info) { return std::string(info.param.name); });
 
 TEST_F(ProjectLoader, AMissingPictureIsNamedWithItsAbsolutePath) {

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "filters/MVNFilterCanvas.h"
 #include "filters/MVNFilterSample.h"
+#include "filters/MVNFilterSample2.h"
 #include "core/MVNLog.h"
 #include "MVNOgreExport.h"
 #include "engine/MVNOgreManager.h"
@@ -194,8 +196,16 @@ const ServiceRow kServices[] = {
          return filterSample(profile, props, MVN_FILTER_USE_TOOL);
      },
      {}},
-    {"ogre.filter.canvas", MVN_SERVICE_FILTER, nullptr, {}},
-    {"ogre.filter.sample2", MVN_SERVICE_FILTER, nullptr,
+    {"ogre.filter.canvas", MVN_SERVICE_FILTER,
+     [](const MVNProfile& profile, const MVNProperties& props, int) -> MVNService* {
+         return takeOverProperties(new MVNFilterCanvas(profile, props.getInt32("canvasType", 0)), props);
+     },
+     {}},
+    {"ogre.filter.sample2", MVN_SERVICE_FILTER,
+     [](const MVNProfile& profile, const MVNProperties& props, int) -> MVNService* {
+         return new MVNFilterSample2(profile, props.getString("resource_one", "").c_str(),
+                                     props.getString("resource_two", "").c_str());
+     },
      {{"resource_one", "create filter sample2 failed, rsource_one is null"},
       {"resource_two", "create filter sample2 failed, rsource_two is null"}}},
     {"ogre.group.sample", MVN_SERVICE_PRODUCER,

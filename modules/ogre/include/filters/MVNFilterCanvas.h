@@ -1,0 +1,92 @@
+#pragma once
+#include <string>
+
+#include "MVNOgreExport.h"
+#include "core/MVNColor4B.h"
+#include "core/MVNRect.h"
+#include "core/Mutex.h"
+#include "services/MVNFilter.h"
+
+namespace Morvane {
+
+class MVNOgreSceneManager;
+class MVNOgreTextureNodeImpl;
+class MVNProducer;
+
+// The service "ogre.filter.canvas": a clip whose aspect differs from the
+// project's stands, unscaled-up and centred, on a full-frame background:
+// "canvasType" 0 a blur of the picture itself, 1 a blur of the picture file
+// "resource", 2 the plain colour "color". The blur is two passes
+// ("GaussianBlurX" into mScenePass, "GaussianBlurY" into mSceneMain) and the
+// picture is drawn unblurred over it, all into one render texture the size
+// of the profile. "ufmStrength" s sends 4s - 3 to the blur.
+//
+// mLock orders _Config, the release of the scenes, processImage and the
+// background swaps.
+class MVN_OGRE_API MVNFilterCanvas : public MVNFilter {
+public:
+    MVNFilterCanvas(const MVNProfile& profile, int canvasType);
+    ~MVNFilterCanvas() override;
+    MVNFilterCanvas(const MVNFilterCanvas&) = delete;
+    MVNFilterCanvas& operator=(const MVNFilterCanvas&) = delete;
+
+    void _OnPropertyChanged(const char* key) override;
+    int init() override;
+    void release() override;
+    void resetRender(int position) override;
+    void reconfig() override;
+    MVNFrame* processImage(int position, MVNFrame* frame) override;
+    void setGeometry(const MVNRect& rect) override;
+    void updateCanvas(MVNFrame* frame) override;
+    void _OnConnected(MVNService* service) override;
+    void _OnDisconnected(MVNService* service) override;
+    MVNFilter* _alloc() override;
+    void _OnVisibleChanged(bool visible) override;
+    void _OnRotationChanged(int rotation) override;
+
+    // For tests: the composed render texture, the blur's first pass, and
+    // where the picture and the background stand in the profile.
+    const std::string& rttMain() const { return mRttMain; }
+    bool hasPass() const { return mScenePass != nullptr; }
+    MVNOgreTextureNodeImpl* passNode() const { return mNodePass; }
+    bool hasBackground() const { return mBackground != nullptr; }
+    const MVNRect& pictureRect() const { return mPictureRect; }
+    const MVNRect& backgroundRect() const { return mBackRect; }
+
+private:
+    void _Config();
+    void _SetDefaultParameters(int width, int height);
+    void _SetUniform(const std::string& name);
+    void _SetZOrder(int zOrder);
+    void _OnColorChanged(const MVNColor4B& color);
+    void _OnResourceChanged(const std::string& path);
+    void _OnTypeChanged(int type);
+    MVNFrame* _loadBgImage(const std::string& path);
+    MVNFrame* _loadBgColor(const MVNColor4B& color);
+    // Uploads a frame of any colour type to a node; false when it could not
+    // be converted.
+    bool _upload(MVNOgreTextureNodeImpl* node, MVNFrame* frame, const char* failure);
+    // mLock held.
+    void _releaseFilterNode();
+    void _swapBackground(MVNFrame* background);
+    MVNFrame* _fail(MVNFrame* frame);
+
+    MVNOgreSceneManager* mSceneMain = nullptr;    // owned; the profile's size, draws into mRttMain
+    MVNOgreTextureNodeImpl* mNodeBack = nullptr;  // blurred or coloured background, in mSceneMain
+    MVNOgreSceneManager* mScenePass = nullptr;    // owned; the blur's first pass; none for a colour
+    MVNOgreTextureNodeImpl* mNodePass = nullptr;  // first blur pass, in mScenePass
+    MVNOgreTextureNodeImpl* mNodePicture = nullptr;  // the picture itself, in mSceneMain
+    MVNOgreTextureNodeImpl* mNodeOut = nullptr;   // shows mRttMain for output kinds 1 and 4
+    std::string mRttMain;                         // from "CanvasRtt"
+    std::string mRttPass;                         // from "CanvasRttPass"
+    Mutex mLock;
+    bool mInited = false;                         // set by init, cleared by release
+    bool mBackgroundDirty = true;                 // mBackground must be uploaded at the next frame
+    bool mCanvasFed = false;                      // updateCanvas gave the blur its picture since the last frame
+    MVNFrame* mBackground = nullptr;              // owned; null for the picture's own blur
+    float mFrameDuration = 0;                     // microseconds per frame of the profile
+    MVNRect mPictureRect;                         // profile pixels, top-left origin, as last configured
+    MVNRect mBackRect;
+};
+
+}  // namespace Morvane

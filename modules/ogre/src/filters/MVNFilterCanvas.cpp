@@ -1,0 +1,558 @@
+#include "filters/MVNFilterCanvas.h"
+
+#include <Ogre.h>
+
+#include <cstring>
+
+#include "core/AutoLock.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
+#include "core/MVNFrame.h"
+#include "core/MVNGeneratorStringId.h"
+#include "core/MVNGeometry.h"
+#include "core/MVNImage.h"
+#include "core/MVNLog.h"
+#include "core/MVNPixelUtils.h"
+#include "core/MVNUtils.h"
+#include "engine/MVNOgreContextBase.h"
+#include "engine/MVNOgreManager.h"
+#include "scene/MVNOgreSceneManager.h"
+#include "scene/MVNOgreTextureNodePlane.h"
+#include "scene/MVNOgreTextureNodeThread.h"
+#include "services/MVNProducer.h"
+#include "timeline/MVNManager.h"
+
+namespace Morvane {
+
+namespace {
+const char* const kTag = "Morvane::MVNFilterCanvas";
+
+using PlaneNode = MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>;
+
+enum { kCanvasBlur = 0, kCanvasImage = 1, kCanvasColor = 2 };
+
+// In the canvas's own scene the picture stands in front of the background,
+// one step nearer the camera.
+const int kBackZ = 0;
+const int kPictureZ = 1;
+
+// Without a strength the background is blurred five times as wide as a
+// clip's blur (strength 2): the plain kernel, taken at the picture's size,
+// still shows its details once the background is enlarged to the frame.
+const float kDefaultSpread = 5.0f;
+
+bool configuresAtOnce() {
+    MVNMode mode = MVNManager::getSingleton()->getMode();
+    return mode == MVN_MODE_EDIT || mode == MVN_MODE_PREVIEW;
+}
+
+// `size` centred in `box`.
+MVNRect centred(const MVNSize& size, const MVNRect& box) {
+    return MVNRect(box.x + (box.width - size.width) / 2, box.y + (box.height - size.height) / 2, size.width,
+                   size.height);
+}
+
+// `size` scaled with its aspect kept until it covers `box`.
+MVNSize covering(const MVNSize& size, const MVNSize& box) {
+    if (size.width <= 0 || size.height <= 0) return box;
+    float scale = std::max(box.width / size.width, box.height / size.height);
+    return MVNSize(size.width * scale, size.height * scale);
+}
+}  // namespace
+
+MVNFilterCanvas::MVNFilterCanvas(const MVNProfile& profile, int canvasType)
+    : MVNFilter(profile, MVN_FILTER_VIDEO, MVN_FILTER_USE_CANVAS) {
+    block();
+    setInt32("canvasType", canvasType);
+    setString("resource", "");
+    setColor("color", MVNColor4B(0, 0, 0, 255));
+    setBoolean("useOrigin", true);
+    setString("service", "ogre.filter.canvas");
+    unblock();
+    genStringId("filter");
+    mRttMain = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRtt");
+    mRttPass = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRttPass");
+    double fps = profile.fps();
+    mFrameDuration = fps > 0 ? static_cast<float>(1e6 / fps) : 0.0f;
+}
+
+MVNFilterCanvas::~MVNFilterCanvas() {
+    log_debug(kTag, "%s destory", getStringId().c_str());
+    AutoLock guard(mLock);
+    _releaseFilterNode();
+    if (mBackground) MVNFrame::pushBackPool(mBackground);
+    mBackground = nullptr;
+}
+
+MVNFilter* MVNFilterCanvas::_alloc() { return new MVNFilterCanvas(profile(), getInt32("canvasType", 0)); }
+
+int MVNFilterCanvas::init() {
+    AutoLock guard(mLock);
+    int type = getInt32("canvasType", kCanvasBlur);
+    if (type == kCanvasColor) {
+        mBackground = _loadBgColor(getColor("color", MVNColor4B(0, 0, 0, 255)));
+    } else if (type == kCanvasImage) {
+        std::string path = getString("resource", "");
+        if (path.empty()) {
+            log_error(kTag, "not set image path");
+        } else {
+            mBackground = _loadBgImage(path);
+        }
+    }
+    mBackgroundDirty = true;
+    mInited = true;
+    return 0;
+}
+
+void MVNFilterCanvas::release() {
+    AutoLock guard(mLock);
+    _releaseFilterNode();
+    if (mBackground) MVNFrame::pushBackPool(mBackground);
+    mBackground = nullptr;
+    mInited = false;
+    mBackgroundDirty = true;
+}
+
+void MVNFilterCanvas::resetRender(int position) {
+    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+        if (node) node->setVisible(false);
+    }
+}
+
+void MVNFilterCanvas::_OnVisibleChanged(bool visible) {
+    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+        if (node) node->setVisible(visible);
+    }
+}
+
+void MVNFilterCanvas::_SetZOrder(int zOrder) {
+    // Only the shown quad has a place among the clips; the private scene
+    // keeps its own order.
+    if (mNodeOut) mNodeOut->setZOrder(zOrder);
+}
+
+void MVNFilterCanvas::reconfig() {
+    {
+        AutoLock guard(mLock);
+        _releaseFilterNode();
+        mBackgroundDirty = true;
+    }
+    _Config();
+}
+
+void MVNFilterCanvas::_OnConnected(MVNService* service) {
+    log_debug(kTag, "%s _OnConnected...", getStringId().c_str());
+    if (configuresAtOnce()) _Config();
+    log_debug(kTag, "%s _OnConnected done", getStringId().c_str());
+}
+
+void MVNFilterCanvas::_OnDisconnected(MVNService* service) {
+    log_debug(kTag, "%s _OnDisconnected", getStringId().c_str());
+    AutoLock guard(mLock);
+    _releaseFilterNode();
+}
+
+void MVNFilterCanvas::_Config() {
+    std::string resource = getString("resource", "");
+    log_debug(kTag, "%s %s _Config...", getStringId().c_str(), resource.c_str());
+    AutoLock guard(mLock);
+    MVNProducer* producer = connectedProducer();
+    if (producer == nullptr) {
+        log_error(kTag, "%s _Config failed, no producer connected", getStringId().c_str());
+        return;
+    }
+    int width = producer->getInt32("render.width", 0);
+    int height = producer->getInt32("render.height", 0);
+    int zOrder = producer->getInt32("zOrder", 0);
+    MVNRect geometry = producer->getGeometry();
+    int rotation = producer->getInt32("rotation", 0);
+    int inputType = getInt32("_inputType", MVN_INPUT_NONE);
+    int outputType = getInt32("_outputType", MVN_OUTPUT_NONE);
+    int type = getInt32("canvasType", kCanvasBlur);
+    const int pw = profile().width();
+    const int ph = profile().height();
+    const MVNRect frame(0, 0, static_cast<float>(pw), static_cast<float>(ph));
+    bool blurred = mBackground == nullptr || type != kCanvasColor;
+    int passW = mBackground ? mBackground->width() : width;
+    int passH = mBackground ? mBackground->height() : height;
+
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            if (blurred) mScenePass = new MVNOgreSceneManager(passW, passH, mRttPass, "");
+            mSceneMain = new MVNOgreSceneManager(pw, ph, mRttMain, "");
+            MVNOgreContextBase::resyncCurrentRenderTarget();
+        },
+        "createSceneManager");
+    log_debug(kTag, "%s inputType:%s outputType:%s", getStringId().c_str(), getInputName(inputType),
+              getOutputName(outputType));
+
+    std::string inputTexture;
+    if (inputType == MVN_INPUT_FRAME) {
+        if (producer->getString("service", "") == "ogre.image") inputTexture = producer->getString("resource", "");
+    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
+        inputTexture = getString("_inputRtt", "");
+        if (inputTexture.empty()) {
+            log_error(kTag, "filter input rtt not set");
+            return;
+        }
+    } else {
+        log_error(kTag, "error input type %s", getInputName(inputType));
+        return;
+    }
+
+    // The picture, never enlarged, fitted and centred in its clip's place
+    // (the whole frame unless the clip was given one).
+    MVNRect place = geometry.isEmpty() ? frame : geometry;
+    MVNSize fitted = adjustSizeContainAlign(MVNSize(static_cast<float>(width), static_cast<float>(height)),
+                                            MVNSize(place.width, place.height), 1);
+    mPictureRect = centred(fitted, place);
+    // The blurred background covers the whole frame: a background only as
+    // large as the picture would hide behind it.
+    const std::string& sceneMain = mSceneMain->getSceneName();
+    if (mBackground) log_debug(kTag, "use background image");
+    if (type == kCanvasColor && mBackground) {
+        mBackRect = frame;
+        mNodeBack = new PlaneNode(std::string(), pw, ph, pw, ph, kBackZ, std::string(), sceneMain);
+    } else {
+        std::string passInput = mBackground ? std::string() : inputTexture;
+        if (!mBackground && !getBoolean("useOrigin", true)) passInput.clear();
+        mNodePass = new PlaneNode(passInput, passW, passH, passW, passH, kBackZ, std::string("GaussianBlurX"),
+                                  mScenePass->getSceneName());
+        mBackRect = centred(covering(MVNSize(static_cast<float>(passW), static_cast<float>(passH)),
+                                     MVNSize(static_cast<float>(pw), static_cast<float>(ph))),
+                            frame);
+        mNodeBack = new PlaneNode(mRttPass, passW, passH, pw, ph, kBackZ, std::string("GaussianBlurY"), sceneMain);
+    }
+    mNodeBack->setGeometry(mBackRect);
+    mNodePicture = new PlaneNode(inputTexture, width, height, pw, ph, kPictureZ, std::string(), sceneMain);
+    mNodePicture->setGeometry(mPictureRect);
+    mNodePicture->setRotation(rotation);
+
+    if (outputType == MVN_OUTPUT_SCENE) {
+        mNodeOut = new PlaneNode(mRttMain, pw, ph, pw, ph, zOrder, std::string());
+        mNodeOut->setGeometry(frame);
+    } else if (outputType == MVN_OUTPUT_RTT_NODE) {
+        std::string group = producer->getGroup();
+        if (group.empty()) {
+            mNodeOut = new PlaneNode(mRttMain, pw, ph, pw, ph, zOrder, std::string());
+        } else {
+            mNodeOut = new PlaneNode(mRttMain, pw, ph, pw, ph, zOrder, std::string(), group);
+        }
+        mNodeOut->setGeometry(frame);
+        block();
+        setString("_outputRtt", mSceneMain->getRttName());
+        unblock();
+    } else {
+        block();
+        setString("_outputRtt", mSceneMain->getRttName());
+        unblock();
+    }
+    _SetDefaultParameters(passW, passH);
+    log_debug(kTag, "%s %s _Config done", getStringId().c_str(), resource.c_str());
+}
+
+void MVNFilterCanvas::_SetDefaultParameters(int width, int height) {
+    bool colour = getInt32("canvasType", kCanvasBlur) == kCanvasColor;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
+                if (node == nullptr) continue;
+                node->setUniformFloat("ufmImageW", static_cast<float>(width), false);
+                node->setUniformFloat("ufmImageH", static_cast<float>(height), false);
+            }
+        },
+        "setDefParams");
+    if (getDouble("ufmStrength", -1.0) != -1.0) {
+        _SetUniform("ufmStrength");
+        return;
+    }
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
+                if (node) node->setUniformFloat("ufmStrength", kDefaultSpread, false);
+            }
+        },
+        "setUniform");
+}
+
+void MVNFilterCanvas::_SetUniform(const std::string& name) {
+    bool colour = getInt32("canvasType", kCanvasBlur) == kCanvasColor;
+    double v = getDouble(name.c_str(), -1.0);
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            if (v < 0) {
+                log_warn(kTag, "invalid %s value %f", name.c_str(), v);
+                return;
+            }
+            double sent = v;
+            if (name == "ufmStrength") {
+                sent = v * 4 - 3;
+                log_debug(kTag, "fixed strength:%f", sent);
+            }
+            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
+                if (node) node->setUniformFloat(name, static_cast<float>(sent), false);
+            }
+        },
+        "setUniform");
+}
+
+void MVNFilterCanvas::_OnPropertyChanged(const char* key) {
+    if (key == nullptr) return;
+    log_debug(kTag, "%s _OnPropertyChanged %s", getStringId().c_str(), key);
+    if (std::strcmp(key, "_inputType") == 0 || std::strcmp(key, "_outputType") == 0 ||
+        std::strcmp(key, "_inputRtt") == 0) {
+        if (configuresAtOnce()) reconfig();
+    } else if (std::strncmp(key, "ufm", 3) == 0) {
+        MVNService* service = connectedService();
+        if (service != nullptr && service->getString("service", "") == "stb_image") {
+            service->setBoolean("_stdImageFilterRefresh", true);
+        }
+        _SetUniform(key);
+    } else if (std::strcmp(key, "_zOrder") == 0) {
+        _SetZOrder(getInt32("_zOrder", 0));
+    } else if (std::strcmp(key, "color") == 0) {
+        if (mInited) _OnColorChanged(getColor("color", MVNColor4B(0, 0, 0, 1)));
+    } else if (std::strcmp(key, "resource") == 0) {
+        if (mInited) _OnResourceChanged(getString("resource", ""));
+    } else if (std::strcmp(key, "canvasType") == 0) {
+        if (mInited) _OnTypeChanged(getInt32("canvasType", kCanvasBlur));
+    }
+}
+
+void MVNFilterCanvas::_swapBackground(MVNFrame* background) {
+    if (mBackground) MVNFrame::pushBackPool(mBackground);
+    mBackground = background;
+    mBackgroundDirty = true;
+}
+
+void MVNFilterCanvas::_OnColorChanged(const MVNColor4B& color) {
+    if (getInt32("canvasType", kCanvasBlur) != kCanvasColor) return;
+    AutoLock guard(mLock);
+    MVNFrame* background = _loadBgColor(color);
+    if (background == nullptr) return;
+    _swapBackground(background);
+    if (mNodeBack && _upload(mNodeBack, mBackground, "%s convert color failed")) mBackgroundDirty = false;
+}
+
+void MVNFilterCanvas::_OnResourceChanged(const std::string& path) {
+    if (getInt32("canvasType", kCanvasBlur) != kCanvasImage) return;
+    {
+        AutoLock guard(mLock);
+        if (path.empty()) {
+            log_error(kTag, "_OnResourceChanged not set image path");
+            return;
+        }
+        MVNFrame* background = _loadBgImage(path);
+        if (background == nullptr) {
+            log_error(kTag, "_OnResourceChanged load bg image failed");
+            return;
+        }
+        _swapBackground(background);
+    }
+    reconfig();
+    if (MVNProducer* producer = connectedProducer()) producer->fireCanvasChanged();
+}
+
+void MVNFilterCanvas::_OnTypeChanged(int type) {
+    {
+        AutoLock guard(mLock);
+        MVNFrame* background = nullptr;
+        if (type == kCanvasColor) {
+            background = _loadBgColor(MVNColor4B(0, 0, 0, 255));
+            if (background == nullptr) {
+                log_error(kTag, "_OnResourceChanged load color image failed");
+                return;
+            }
+        } else if (type == kCanvasImage) {
+            std::string path = getString("resource", "");
+            if (path.empty()) {
+                log_error(kTag, "_OnTypeChanged not set image path");
+                return;
+            }
+            background = _loadBgImage(path);
+            if (background == nullptr) {
+                log_error(kTag, "_OnResourceChanged load bg image failed");
+                return;
+            }
+        }
+        if (type == kCanvasColor) {
+            block();
+            setColor("color", MVNColor4B(0, 0, 0, 255));
+            unblock();
+        }
+        _swapBackground(background);
+    }
+    reconfig();
+    if (MVNProducer* producer = connectedProducer()) producer->fireCanvasChanged();
+}
+
+MVNFrame* MVNFilterCanvas::_loadBgImage(const std::string& path) {
+    MVNFrame* frame = MVNImage::loadFromFile(path, profile().width(), profile().height());
+    if (frame == nullptr) log_error(kTag, "load image %s failed", path.c_str());
+    return frame;
+}
+
+MVNFrame* MVNFilterCanvas::_loadBgColor(const MVNColor4B& color) {
+    const int w = profile().width();
+    const int h = profile().height();
+    int stride = getPixelsStride(1, MVN_COLOR_BGRA);
+    if (stride <= 0 || w <= 0 || h <= 0) {
+        log_error(kTag, "not support color format:%s", getColorFormatName(MVN_COLOR_BGRA));
+        return nullptr;
+    }
+    int size = w * h * stride;
+    MVNFrame* frame = MVNFrame::pullFromPool(1, size);
+    if (frame == nullptr || frame->buffer() == nullptr) {
+        log_error(kTag, "allloc color frame failed");
+        if (frame) MVNFrame::pushBackPool(frame);
+        return nullptr;
+    }
+    uint8_t* p = frame->buffer()->ptr();
+    for (int i = 0; i < w * h; ++i, p += stride) {
+        p[0] = color.b;
+        p[1] = color.g;
+        p[2] = color.r;
+        p[3] = color.a;
+    }
+    frame->setColorFormat(MVN_COLOR_BGRA);
+    frame->setWidth(w);
+    frame->setHeight(h);
+    frame->setSize(size);
+    return frame;
+}
+
+bool MVNFilterCanvas::_upload(MVNOgreTextureNodeImpl* node, MVNFrame* frame, const char* failure) {
+    if (node == nullptr || frame == nullptr) return true;
+    if (frame->colorFormat() == MVN_COLOR_BGRA) {
+        if (frame->buffer()) node->updateTexture(frame->buffer()->ptr(), frame->width(), frame->height());
+        return true;
+    }
+    if (frame->colorFormat() == MVN_COLOR_BLANK || frame->colorFormat() == MVN_COLOR_RTT) return true;
+    MVNByteBuffer* converted = nullptr;
+    if (frame->getImage(&converted, MVN_COLOR_BGRA) != 0 || converted == nullptr) {
+        log_error(kTag, failure, getStringId().c_str());
+        return false;
+    }
+    node->updateTexture(converted->ptr(), frame->width(), frame->height());
+    MVNByteBufferPool::sRelease(converted);
+    return true;
+}
+
+void MVNFilterCanvas::updateCanvas(MVNFrame* frame) {
+    AutoLock guard(mLock);
+    if (!getBoolean("useOrigin", true) || mBackground != nullptr || frame == nullptr || mNodePass == nullptr) return;
+    if (_upload(mNodePass, frame, "%s, updateCanvas failed,  convert color failed")) mCanvasFed = true;
+}
+
+MVNFrame* MVNFilterCanvas::_fail(MVNFrame* frame) {
+    if (frame) MVNFrame::pushBackPool(frame);
+    return nullptr;
+}
+
+MVNFrame* MVNFilterCanvas::processImage(int position, MVNFrame* frame) {
+    AutoLock guard(mLock);
+    if (!mInited) {
+        log_error(kTag, "%s processImage failed, not init", getStringId().c_str());
+        return _fail(frame);
+    }
+    int inputType = getInt32("_inputType", MVN_INPUT_NONE);
+    int outputType = getInt32("_outputType", MVN_OUTPUT_NONE);
+    int type = getInt32("canvasType", kCanvasBlur);
+    block();
+    setInt32("_frames", position);
+    unblock();
+    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+        if (node) node->setVisible(true);
+    }
+
+    if (mBackground && mBackgroundDirty) {
+        MVNOgreTextureNodeImpl* target = type == kCanvasColor ? mNodeBack : mNodePass;
+        if (!_upload(target, mBackground, "%s convert color failed")) return _fail(frame);
+        if (target) mBackgroundDirty = false;
+    }
+
+    if (inputType == MVN_INPUT_FRAME) {
+        if (frame != nullptr) {
+            // Without a picture of its own the blur reads the clip's, unless
+            // the host already gave it the unscaled one.
+            bool feedsBlur = mBackground == nullptr && mNodePass != nullptr && !mCanvasFed;
+            if (!_upload(mNodePicture, frame, "%s convert color failed")) return _fail(frame);
+            if (feedsBlur) _upload(mNodePass, frame, "%s convert color failed");
+        }
+        mCanvasFed = false;
+    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
+        if (frame != nullptr) {
+            if (frame->colorFormat() != MVN_COLOR_RTT) {
+                log_error(kTag, "filter not support color %s", getColorFormatName(frame->colorFormat()));
+                return _fail(frame);
+            }
+            std::string expected = getString("_inputRtt", "");
+            if (frame->rtt() != expected) {
+                log_error(kTag, "%s input rtt error %s->%s", getStringId().c_str(), frame->rtt().c_str(),
+                          expected.c_str());
+                return _fail(frame);
+            }
+        }
+    } else {
+        log_error(kTag, "error input type %s", getInputName(inputType));
+        return _fail(frame);
+    }
+
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [this]() {
+            for (MVNOgreSceneManager* scene : {mScenePass, mSceneMain}) {
+                if (scene && scene->getRenderTarget()) scene->getRenderTarget()->update(true);
+            }
+        },
+        "canvasRender");
+
+    std::string outputRtt;
+    if (outputType == MVN_OUTPUT_SCENE) {
+        // The composed canvas is the quad of the shared scene.
+    } else if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN ||
+               outputType == MVN_OUTPUT_RTT_NODE) {
+        outputRtt = mRttMain;
+    } else {
+        log_error(kTag, "error output type %s", getOutputName(outputType));
+        return _fail(frame);
+    }
+    MVNFrame* out = MVNFrame::pullFromPool(1);
+    if (out == nullptr) {
+        log_error(kTag, "processImage failed, pull frame error");
+        return _fail(frame);
+    }
+    out->setRtt(outputRtt);
+    out->setWidth(0);
+    out->setHeight(0);
+    out->setColorFormat(MVN_COLOR_RTT);
+    if (frame) MVNFrame::pushBackPool(frame);
+    return out;
+}
+
+void MVNFilterCanvas::setGeometry(const MVNRect& rect) {
+    if (mNodeOut) mNodeOut->setGeometry(rect);
+}
+
+void MVNFilterCanvas::_OnRotationChanged(int rotation) {
+    log_debug(kTag, "%s _OnRotationChanged %d", getStringId().c_str(), rotation);
+    if (mNodeOut && getInt32("_outputType", MVN_OUTPUT_NONE) == MVN_OUTPUT_SCENE) mNodeOut->setRotation(rotation);
+}
+
+void MVNFilterCanvas::_releaseFilterNode() {
+    for (MVNOgreTextureNodeImpl** node : {&mNodePass, &mNodeBack, &mNodePicture, &mNodeOut}) {
+        delete *node;
+        *node = nullptr;
+    }
+    if (mScenePass == nullptr && mSceneMain == nullptr) return;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [this]() {
+            delete mScenePass;
+            mScenePass = nullptr;
+            delete mSceneMain;
+            mSceneMain = nullptr;
+            MVNOgreContextBase::resyncCurrentRenderTarget();
+        },
+        "deleteSceneManager");
+}
+
+}  // namespace Morvane

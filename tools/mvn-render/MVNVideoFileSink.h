@@ -1,5 +1,7 @@
 #pragma once
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "MVNOutputSink.h"
 
@@ -25,6 +27,11 @@ public:
     int finish() override;
     void abort() override;
 
+    // Frames from one key frame to the next: chunked renders cut on it.
+    static constexpr int kKeyFrameInterval = 50;
+    // Container tags written with the header; call before open().
+    void setTags(std::vector<std::pair<std::string, std::string>> tags) { mTags = std::move(tags); }
+
 private:
     int encode(AVFrame* frame);
     void close();
@@ -41,6 +48,7 @@ private:
     int mHeight = 0;
     int mSrcFormat = 0;
     long long mPts = 0;
+    std::vector<std::pair<std::string, std::string>> mTags;
 };
 
 }  // namespace Morvane

@@ -8,12 +8,14 @@
 #
 #   tests/tools/farm/farm-test.sh BUILD_DIR
 set -euo pipefail
+export PATH=$PATH:/usr/sbin:/sbin
 build=$(realpath "${1:-build}")
 render=$build/bin/mvn-render
 farm=$build/bin/mvn-farm
 for tool in "$render" "$farm"; do [ -x "$tool" ] || { echo "farm-test: $tool is not built" >&2; exit 1; }; done
-for cmd in munged slurmctld slurmd sbatch squeue; do
-  command -v "$cmd" >/dev/null || { echo "farm-test: $cmd is missing (scripts/install-deps.sh scripts/packages-farm.txt)" >&2; exit 1; }
+# Without the scheduler the test is skipped (exit 77), not failed.
+for cmd in munged slurmctld slurmd sbatch squeue sinfo; do
+  command -v "$cmd" >/dev/null || { echo "farm-test: $cmd is missing (scripts/install-deps.sh scripts/packages-farm.txt)" >&2; exit 77; }
 done
 
 t=$(mktemp -d /tmp/mvn-farm-test-XXXXXX)

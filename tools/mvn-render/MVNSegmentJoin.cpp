@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include "MVNChunkPlan.h"
+#include "MVNSoundSource.h"
 
 namespace Morvane {
 namespace {
@@ -164,22 +165,17 @@ MVNSegmentJoin::Result MVNSegmentJoin::join(const std::string& output, const std
     const int origin = segments.front().first;
     const int total = segments.back().last - origin + 1;
 
-    Input soundInput;
-    int soundStream = -1;
-    if (!sound.empty()) {
-        if (openInput(sound, soundInput, mError) != 0) return BadInput;
-        soundStream = av_find_best_stream(soundInput.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-        if (soundStream < 0) {
-            mError = sound + ": no sound in it";
-            return BadInput;
-        }
-    }
-
     const std::string temp = tempPathFor(output);
     AVFormatContext* out = nullptr;
     int rc = avformat_alloc_output_context2(&out, nullptr, nullptr, temp.c_str());
     if (rc < 0 || !out) {
         mError = "cannot create " + output + ": " + avError(rc);
+        return BadInput;
+    }
+    MVNSoundSource soundIn;
+    if (!sound.empty() && soundIn.open(sound, out->oformat) < 0) {
+        mError = soundIn.error();
+        avformat_free_context(out);
         return BadInput;
     }
     bool opened = false;
@@ -192,18 +188,13 @@ MVNSegmentJoin::Result MVNSegmentJoin::join(const std::string& output, const std
     };
 
     AVStream* video = avformat_new_stream(out, nullptr);
-    AVStream* audio = soundStream >= 0 ? avformat_new_stream(out, nullptr) : nullptr;
-    if (!video || (soundStream >= 0 && !audio)) return fail(Failed, "out of memory");
+    AVStream* audio = !sound.empty() ? avformat_new_stream(out, nullptr) : nullptr;
+    if (!video || (!sound.empty() && !audio)) return fail(Failed, "out of memory");
     avcodec_parameters_copy(video->codecpar, model->codecpar);
     video->codecpar->codec_tag = 0;
     video->time_base = model->time_base;
     video->avg_frame_rate = rate;
-    const AVStream* soundIn = soundStream >= 0 ? soundInput->streams[soundStream] : nullptr;
-    if (audio) {
-        avcodec_parameters_copy(audio->codecpar, soundIn->codecpar);
-        audio->codecpar->codec_tag = 0;
-        audio->time_base = soundIn->time_base;
-    }
+    if (audio) soundIn.describe(audio);
     if (!(out->oformat->flags & AVFMT_NOFILE)) {
         if ((rc = avio_open(&out->pb, temp.c_str(), AVIO_FLAG_WRITE)) < 0)
             return fail(Failed, "cannot write " + output + ": " + avError(rc));
@@ -225,29 +216,25 @@ MVNSegmentJoin::Result MVNSegmentJoin::join(const std::string& output, const std
     auto pumpSound = [&](int64_t until) -> int {
         while (soundLeft) {
             if (!soundHeld) {
-                int r = av_read_frame(soundInput.get(), soundPkt.get());
+                int r = soundIn.next(soundPkt.get());
                 if (r == AVERROR_EOF) {
                     soundLeft = false;
                     return 0;
                 }
                 if (r < 0) return r;
-                if (soundPkt->stream_index != soundStream) {
-                    av_packet_unref(soundPkt.get());
-                    continue;
-                }
                 soundHeld = true;
             }
             const int64_t at = soundPkt->dts != AV_NOPTS_VALUE ? soundPkt->dts : soundPkt->pts;
             if (soundPkt->pts != AV_NOPTS_VALUE &&
-                av_compare_ts(soundPkt->pts, soundIn->time_base, videoEnd, model->time_base) >= 0) {
+                av_compare_ts(soundPkt->pts, soundIn.timeBase(), videoEnd, model->time_base) >= 0) {
                 av_packet_unref(soundPkt.get());
                 soundLeft = false;
                 return 0;
             }
             if (until != INT64_MAX && at != AV_NOPTS_VALUE &&
-                av_compare_ts(at, soundIn->time_base, until, model->time_base) > 0)
+                av_compare_ts(at, soundIn.timeBase(), until, model->time_base) > 0)
                 return 0;
-            av_packet_rescale_ts(soundPkt.get(), soundIn->time_base, audio->time_base);
+            av_packet_rescale_ts(soundPkt.get(), soundIn.timeBase(), audio->time_base);
             soundPkt->stream_index = audio->index;
             soundPkt->pos = -1;
             soundHeld = false;
@@ -273,7 +260,7 @@ MVNSegmentJoin::Result MVNSegmentJoin::join(const std::string& output, const std
             if (pkt->pts != AV_NOPTS_VALUE) pkt->pts += offset;
             if (pkt->dts != AV_NOPTS_VALUE) pkt->dts += offset;
             if ((rc = pumpSound(pkt->dts != AV_NOPTS_VALUE ? pkt->dts : pkt->pts)) < 0)
-                return fail(BadInput, sound + ": " + avError(rc));
+                return fail(BadInput, soundIn.error());
             av_packet_rescale_ts(pkt.get(), in->time_base, video->time_base);
             pkt->stream_index = video->index;
             pkt->pos = -1;
@@ -286,7 +273,7 @@ MVNSegmentJoin::Result MVNSegmentJoin::join(const std::string& output, const std
                                       std::to_string(expected) + " (" + std::to_string(s.first) + ":" +
                                       std::to_string(s.last) + ")");
     }
-    if ((rc = pumpSound(INT64_MAX)) < 0) return fail(BadInput, sound + ": " + avError(rc));
+    if ((rc = pumpSound(INT64_MAX)) < 0) return fail(BadInput, soundIn.error());
     if ((rc = av_write_trailer(out)) < 0) return fail(Failed, "cannot finish " + output + ": " + avError(rc));
     if (opened) avio_closep(&out->pb);
     avformat_free_context(out);

@@ -12,9 +12,10 @@ namespace Morvane {
 // segments in that order, whatever order they are given in, and refuses a
 // set with a chunk missing, twice or encoded differently.
 //
-// Sound rendered once for the whole range (any file libavformat reads) is
-// copied in beside the video and cut at the video's end, so no chunk border
-// ever falls inside it.
+// Sound rendered once for the whole range (any file libavformat reads) goes
+// in beside the video, cut at the video's end, so no chunk border ever falls
+// inside it: copied where the container takes its codec, else encoded to
+// AAC (MVNSoundSource).
 class MVNSegmentJoin {
 public:
     enum Result { Joined = 0, Failed = 1, BadInput = 2 };

@@ -116,26 +116,56 @@ TEST_F(SegmentJoin, JoinedChunksHaveTheSingleRendersFramesTimesAndPictures) {
     EXPECT_EQ(capture(probe + out), capture(probe + segs[2]) + capture(probe + segs[1]) + capture(probe + segs[0]));
 }
 
-TEST_F(SegmentJoin, SoundRenderedOnceIsCopiedInAndCutAtTheVideosEnd) {
+struct SoundFile {
+    const char* name;
+    const char* encode;  // ffmpeg output options
+    bool copied;         // the packets are the file's
+};
+
+class SegmentJoinSound : public SegmentJoin, public ::testing::WithParamInterface<SoundFile> {};
+
+TEST_P(SegmentJoinSound, RenderedOnceGoesInBesideTheVideoCutAtItsEnd) {
     std::vector<std::string> segs = chunks({{0, 49}, {50, 119}});
-    const std::string sound = (dir / "sound.m4a").string();
-    ASSERT_EQ(run("ffmpeg -v error -y -f lavfi -i sine=frequency=440:duration=7 -c:a aac " + sound), 0);
+    const std::string sound = (dir / GetParam().name).string();
+    // 7 s of a 440 Hz tone (amplitude 1/8), longer than the 4.8 s of video.
+    ASSERT_EQ(run("ffmpeg -v error -y -f lavfi -i sine=frequency=440:duration=7:sample_rate=48000 -ac 2 " +
+                  std::string(GetParam().encode) + " " + sound),
+              0);
     const std::string out = (dir / "joined.mp4").string();
     MVNSegmentJoin join;
     ASSERT_EQ(join.join(out, segs, sound), MVNSegmentJoin::Joined) << join.error();
-    EXPECT_EQ(capture("ffprobe -v error -show_entries stream=codec_type -of csv=p=0 " + out), "video\naudio\n");
+    EXPECT_EQ(capture("ffprobe -v error -show_entries stream=codec_type,codec_name -of csv=p=0 " + out),
+              "h264,video\naac,audio\n");
     const double soundEnd = std::atof(
         capture("ffprobe -v error -select_streams a -show_entries stream=duration -of csv=p=0 " + out).c_str());
-    // 120 frames at 25 a second; sound ends within one AAC frame (1024 samples at 44.1 kHz) of it.
-    EXPECT_NEAR(soundEnd, 4.8, 0.024);
+    // 120 frames at 25 a second; the sound ends within one AAC frame (1024 samples) of them.
+    EXPECT_NEAR(soundEnd, 4.8, 1024.0 / 48000);
     EXPECT_EQ(lumaOf(out).size(), static_cast<size_t>(kWidth) * kHeight * kFrames);
-    // The sound is the file's, packet for packet.
     const std::string probe = "ffprobe -v error -select_streams a -show_entries packet=size -of csv=p=0 ";
-    const std::string all = capture(probe + sound);
     const std::string joined = capture(probe + out);
     ASSERT_FALSE(joined.empty());
-    EXPECT_EQ(all.compare(0, joined.size(), joined), 0);
+    if (GetParam().copied) {
+        const std::string all = capture(probe + sound);
+        EXPECT_EQ(all.compare(0, joined.size(), joined), 0) << "the sound is the file's, packet for packet";
+    }
+    // The tone plays throughout at its level: the RMS of a sine of amplitude 1/8 is 0.0884.
+    const std::string pcm = capture("ffmpeg -v error -i " + out + " -map 0:a -f f32le -ac 1 -");
+    const size_t n = pcm.size() / sizeof(float);
+    ASSERT_GT(n, 48000u * 4);
+    const float* s = reinterpret_cast<const float*>(pcm.data());
+    for (size_t from = 2048; from + 4800 < n - 2048; from += 4800) {
+        double sum = 0;
+        for (size_t i = from; i < from + 4800; ++i) sum += double(s[i]) * s[i];
+        EXPECT_NEAR(std::sqrt(sum / 4800), 0.0884, 0.004) << "at sample " << from;
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Files, SegmentJoinSound,
+                         ::testing::Values(SoundFile{"sound.m4a", "-c:a aac", true},
+                                           SoundFile{"sound.wav", "-c:a pcm_f32le", false}),
+                         [](const ::testing::TestParamInfo<SoundFile>& info) {
+                             return std::string(info.param.copied ? "AacCopied" : "PcmEncoded");
+                         });
 
 struct BadSet {
     const char* name;

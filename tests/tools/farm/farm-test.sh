@@ -134,4 +134,19 @@ worst = max((sum(abs(x - y) for x, y in zip(pa[f*plane:(f+1)*plane], pb[f*plane:
 assert worst[0] <= 1.0, f"frame {worst[1]} differs by a mean of {worst[0]:.3f} levels"
 print(f"farm-test: {n} frames, timestamps equal, largest mean difference {worst[0]:.3f} levels (frame {worst[1]})")
 PY
+
+# A chunk that fails (5 chunks of 4 key-frame intervals: mvn-render refuses
+# each) ends the watch with exit 1 and the join cancelled, not a wait on a
+# dependency that can never be met.
+set +e
+MVN_RENDER=$render MVN_FARM_POLL=1 timeout 120 "$farm" "$t/film.json" -o "$t/out/bad.mp4" --chunks 5 \
+  >"$t/bad.out" 2>&1
+rc=$?
+set -e
+[ $rc -eq 1 ] || { echo "farm-test: a failed chunk ended mvn-farm with $rc" >&2; cat "$t/bad.out" >&2; exit 1; }
+grep -q "^mvn-farm: chunk [1-5] ended FAILED; see $t/out/.bad.farm/chunk-[1-5].log\$" "$t/bad.out" ||
+  { echo "farm-test: no failed chunk named" >&2; cat "$t/bad.out" >&2; exit 1; }
+grep -q "use at most 4 chunks" "$t"/out/.bad.farm/chunk-1.log ||
+  { echo "farm-test: the chunk's log does not say why" >&2; exit 1; }
+[ ! -e "$t/out/bad.mp4" ] || { echo "farm-test: a film came out of failed chunks" >&2; exit 1; }
 echo "farm-test: passed"

@@ -1,6 +1,5 @@
 #pragma once
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "MVNOutputSink.h"
@@ -22,15 +21,15 @@ public:
     explicit MVNVideoFileSink(const std::string& path);
     ~MVNVideoFileSink() override;
 
-    int open(int width, int height, int fpsNum, int fpsDen, int colorType) override;
-    int write(const uint8_t* pixels, int stride) override;
-    int finish() override;
-    void abort() override;
-
     // Frames from one key frame to the next: chunked renders cut on it.
     static constexpr int kKeyFrameInterval = 50;
     // Container tags written with the header; call before open().
     void setTags(std::vector<std::pair<std::string, std::string>> tags) { mTags = std::move(tags); }
+
+    int open(int width, int height, int fpsNum, int fpsDen, int colorType) override;
+    int write(const uint8_t* pixels, int stride) override;
+    int finish() override;
+    void abort() override;
 
 private:
     int encode(AVFrame* frame);
@@ -44,11 +43,11 @@ private:
     AVFrame* mFrame = nullptr;
     AVPacket* mPacket = nullptr;
     SwsContext* mSws = nullptr;
+    std::vector<std::pair<std::string, std::string>> mTags;
     int mWidth = 0;
     int mHeight = 0;
     int mSrcFormat = 0;
     long long mPts = 0;
-    std::vector<std::pair<std::string, std::string>> mTags;
 };
 
 }  // namespace Morvane

@@ -2,11 +2,13 @@
 // frames.
 //
 //   mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]
-//   mvn-render PROJECT.json -o OUT.mp4 --chunk K/N     (one piece of a render shared out)
-//   mvn-render --join OUT.mp4 [--sound FILE] SEGMENTS...
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
 // unknown service; 1 the renderer or the output failed.
+//
+// A render shared out in pieces (mvn-farm runs these on a cluster):
+//   mvn-render PROJECT.json -o OUT.mp4 --chunk K/N     (one piece of the range)
+//   mvn-render --join OUT.mp4 [--sound FILE] SEGMENTS...
 #include <signal.h>
 #include <unistd.h>
 
@@ -54,14 +56,14 @@ struct Options {
     std::string profile;
     int first = -1;
     int last = -1;
-    bool quiet = false;
-    bool antiAliasing = true;
-    bool async = true;
     bool chunked = false;
     MVNChunkPlan chunk;
     std::string joinOutput;
     std::vector<std::string> segments;
     std::string sound;
+    bool quiet = false;
+    bool antiAliasing = true;
+    bool async = true;
 };
 
 void usage(FILE* to) {
@@ -70,12 +72,12 @@ void usage(FILE* to) {
                  "                  [--no-antialias] [--sync]\n"
                  "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
                  "       or - for raw RGBA frames on standard output\n"
-                 "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
-                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
                  "  --chunk K/N     render the K-th of N pieces of the range (cut on key frames) to\n"
                  "                  OUT's name with .chunk-K-of-N before the extension\n"
                  "       mvn-render --join OUT [--sound FILE] SEGMENTS...\n"
-                 "                  join the pieces without re-encoding, with sound rendered once\n");
+                 "                  join the pieces without re-encoding, with sound rendered once\n"
+                 "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
+                 "  --sync          read each picture back before drawing the next (slower; no overlap)\n");
 }
 
 bool parseFrames(const std::string& text, int& first, int& last) {
@@ -113,16 +115,6 @@ int parseArgs(int argc, char** argv, Options& o) {
                 std::fprintf(stderr, "mvn-render: --frames wants A:B with 0 <= A <= B, got \"%s\"\n", v);
                 return -1;
             }
-        } else if (a == "--profile") {
-            const char* v = value("--profile");
-            if (!v) return -1;
-            o.profile = v;
-        } else if (a == "--quiet" || a == "-q") {
-            o.quiet = true;
-        } else if (a == "--no-antialias") {
-            o.antiAliasing = false;
-        } else if (a == "--sync") {
-            o.async = false;
         } else if (a == "--chunk") {
             const char* v = value("--chunk");
             if (!v) return -1;
@@ -140,6 +132,16 @@ int parseArgs(int argc, char** argv, Options& o) {
             const char* v = value("--sound");
             if (!v) return -1;
             o.sound = v;
+        } else if (a == "--profile") {
+            const char* v = value("--profile");
+            if (!v) return -1;
+            o.profile = v;
+        } else if (a == "--quiet" || a == "-q") {
+            o.quiet = true;
+        } else if (a == "--no-antialias") {
+            o.antiAliasing = false;
+        } else if (a == "--sync") {
+            o.async = false;
         } else if (a == "-h" || a == "--help") {
             usage(stdout);
             std::exit(0);

@@ -74,8 +74,9 @@ void usage(FILE* to) {
                  "       or - for raw RGBA frames on standard output\n"
                  "  --chunk K/N     render the K-th of N pieces of the range (cut on key frames) to\n"
                  "                  OUT's name with .chunk-K-of-N before the extension\n"
-                 "       mvn-render --join OUT [--sound FILE] SEGMENTS...\n"
-                 "                  join the pieces without re-encoding, with sound rendered once\n"
+                 "  --join OUT [--sound FILE] SEGMENTS...\n"
+                 "                  instead of rendering: join the pieces without re-encoding, with\n"
+                 "                  sound rendered once for the whole range\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n");
 }

@@ -1,13 +1,14 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
 # make gallery  renders every filter of the catalogue to out/gallery (index.html)
+# make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 XVFB       := xvfb-run -a -s "-screen 0 1920x1080x24"
 
-.PHONY: all deps configure build test demo gallery check-asan bench clean
+.PHONY: all deps configure build test demo gallery check-asan bench clean farm-deps farm-test
 
 all: build
 
@@ -22,8 +23,15 @@ configure: deps $(BUILD)/CMakeCache.txt
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
-test: build
+test: build farm-deps
 	cd $(BUILD) && $(XVFB) ctest --output-on-failure -j $(JOBS)
+
+# The scheduler and its authentication service, for the cluster test only.
+farm-deps:
+	@scripts/install-deps.sh scripts/packages-farm.txt
+
+farm-test: build farm-deps
+	cd $(BUILD) && ctest --output-on-failure -L farm
 
 demo: build
 	scripts/demo.sh $(BUILD) out

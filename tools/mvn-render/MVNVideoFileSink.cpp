@@ -68,7 +68,7 @@ int MVNVideoFileSink::open(int width, int height, int fpsNum, int fpsDen, int co
     mCodec->pix_fmt = AV_PIX_FMT_YUV420P;
     mCodec->time_base = AVRational{fpsDen > 0 ? fpsDen : 1, fpsNum > 0 ? fpsNum : 25};
     mCodec->framerate = AVRational{mCodec->time_base.den, mCodec->time_base.num};
-    mCodec->gop_size = 50;
+    mCodec->gop_size = kKeyFrameInterval;
     mCodec->color_range = AVCOL_RANGE_MPEG;
     mCodec->colorspace = AVCOL_SPC_BT709;
     mCodec->color_primaries = AVCOL_PRI_BT709;
@@ -89,7 +89,13 @@ int MVNVideoFileSink::open(int width, int height, int fpsNum, int fpsDen, int co
             return -1;
         }
     }
-    if ((rc = avformat_write_header(mFormat, nullptr)) < 0) {
+    // MP4 keeps tags of its own names only when asked to.
+    AVDictionary* muxerOptions = nullptr;
+    for (const auto& [key, value] : mTags) av_dict_set(&mFormat->metadata, key.c_str(), value.c_str(), 0);
+    if (!mTags.empty()) av_dict_set(&muxerOptions, "movflags", "use_metadata_tags", 0);
+    rc = avformat_write_header(mFormat, &muxerOptions);
+    av_dict_free(&muxerOptions);
+    if (rc < 0) {
         mError = "cannot write the header of " + mPath + ": " + avError(rc);
         return -1;
     }

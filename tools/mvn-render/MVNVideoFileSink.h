@@ -22,6 +22,11 @@ public:
     explicit MVNVideoFileSink(const std::string& path);
     ~MVNVideoFileSink() override;
 
+    // Frames from one key frame to the next: chunked renders cut on it.
+    static constexpr int kKeyFrameInterval = 50;
+    // Container tags written with the header; call before open().
+    void setTags(std::vector<std::pair<std::string, std::string>> tags) { mTags = std::move(tags); }
+
     int open(int width, int height, int fpsNum, int fpsDen, int colorType) override;
     int write(const uint8_t* pixels, int stride) override;
     int finish() override;
@@ -47,6 +52,7 @@ private:
     AVFrame* mFrame = nullptr;
     AVPacket* mPacket = nullptr;
     SwsContext* mSws = nullptr;
+    std::vector<std::pair<std::string, std::string>> mTags;
     int mWidth = 0;
     int mHeight = 0;
     int mSrcFormat = 0;

@@ -7,6 +7,10 @@
 //
 // Exit status: 0 done; 2 bad arguments, a bad project, a missing file or an
 // unknown service; 1 the renderer or the output failed.
+//
+// A render shared out in pieces (mvn-farm runs these on a cluster):
+//   mvn-render PROJECT.json -o OUT.mp4 --chunk K/N     (one piece of the range)
+//   mvn-render --join OUT.mp4 [--sound FILE] SEGMENTS...
 #include <signal.h>
 #include <unistd.h>
 
@@ -27,6 +31,9 @@ extern "C" {
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
 #include "MVNProgress.h"
+#include "MVNChunkPlan.h"
+#include "MVNSegmentJoin.h"
+#include "MVNVideoFileSink.h"
 #include "timeline/MVNProjectLoader.h"
 #include "services/MVNProperties.h"
 #include "timeline/MVNRenderConsumer.h"
@@ -55,6 +62,11 @@ struct Options {
     std::string profile;
     int first = -1;
     int last = -1;
+    bool chunked = false;
+    MVNChunkPlan chunk;
+    std::string joinOutput;
+    std::vector<std::string> segments;
+    std::string sound;
     bool quiet = false;
     bool antiAliasing = true;
     bool async = true;
@@ -69,6 +81,11 @@ void usage(FILE* to) {
                  "                  [--no-antialias] [--sync]\n"
                  "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
                  "       or - for raw RGBA frames on standard output\n"
+                 "  --chunk K/N     render the K-th of N pieces of the range (cut on key frames) to\n"
+                 "                  OUT's name with .chunk-K-of-N before the extension\n"
+                 "  --join OUT [--sound FILE] SEGMENTS...\n"
+                 "                  instead of rendering: join the pieces without re-encoding, with\n"
+                 "                  sound rendered once for the whole range\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
                  "  --no-audio      leave the sound out of a video file\n"
@@ -112,6 +129,23 @@ int parseArgs(int argc, char** argv, Options& o) {
                 std::fprintf(stderr, "mvn-render: --frames wants A:B with 0 <= A <= B, got \"%s\"\n", v);
                 return -1;
             }
+        } else if (a == "--chunk") {
+            const char* v = value("--chunk");
+            if (!v) return -1;
+            std::string error;
+            if (!MVNChunkPlan::parse(v, o.chunk, error)) {
+                std::fprintf(stderr, "mvn-render: %s\n", error.c_str());
+                return -1;
+            }
+            o.chunked = true;
+        } else if (a == "--join") {
+            const char* v = value("--join");
+            if (!v) return -1;
+            o.joinOutput = v;
+        } else if (a == "--sound") {
+            const char* v = value("--sound");
+            if (!v) return -1;
+            o.sound = v;
         } else if (a == "--profile") {
             const char* v = value("--profile");
             if (!v) return -1;
@@ -136,12 +170,26 @@ int parseArgs(int argc, char** argv, Options& o) {
         } else if (!a.empty() && a[0] == '-' && a != "-") {
             std::fprintf(stderr, "mvn-render: unknown option %s\n", a.c_str());
             return -1;
+        } else if (!o.joinOutput.empty()) {
+            o.segments.push_back(a);
         } else if (o.project.empty()) {
             o.project = a;
         } else {
             std::fprintf(stderr, "mvn-render: more than one project given (%s)\n", a.c_str());
             return -1;
         }
+    }
+    if (!o.joinOutput.empty()) {
+        if (!o.project.empty()) o.segments.insert(o.segments.begin(), o.project);
+        if (o.chunked || !o.output.empty()) {
+            std::fprintf(stderr, "mvn-render: --join takes its output and segments only\n");
+            return -1;
+        }
+        return 0;
+    }
+    if (!o.sound.empty()) {
+        std::fprintf(stderr, "mvn-render: --sound goes with --join\n");
+        return -1;
     }
     if (!o.listTransitions && (o.project.empty() || o.output.empty())) {
         usage(stderr);
@@ -216,6 +264,18 @@ std::string join(const std::vector<std::string>& parts, char sep) {
     return out;
 }
 
+// Joins chunk segments; no renderer is started.
+int joinSegments(const Options& o) {
+    MVNSegmentJoin joiner;
+    MVNSegmentJoin::Result r = joiner.join(o.joinOutput, o.segments, o.sound);
+    if (r != MVNSegmentJoin::Joined) {
+        std::fprintf(stderr, "mvn-render: %s\n", joiner.error().c_str());
+        return r == MVNSegmentJoin::BadInput ? kExitBadInput : kExitFailed;
+    }
+    if (!o.quiet) std::fprintf(stderr, "mvn-render: %d frames joined into %s\n", joiner.frames(), o.joinOutput.c_str());
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -231,12 +291,13 @@ int main(int argc, char** argv) {
         listTransitions();
         return 0;
     }
+    if (!opt.joinOutput.empty()) return joinSegments(opt);
 
     std::error_code ec;
     std::string audioOut = opt.audioOut;
     if (!audioOut.empty()) audioOut = fs::absolute(audioOut, ec).lexically_normal().string();
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
-    std::string output = opt.output;
+    std::string output = opt.chunked ? opt.chunk.segmentPath(opt.output) : opt.output;
     if (output != "-") output = fs::absolute(output, ec).lexically_normal().string();
     if (!fs::is_regular_file(projectPath, ec)) {
         std::fprintf(stderr, "mvn-render: %s: no such project file\n", opt.project.c_str());
@@ -278,7 +339,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
         return kExitBadInput;
     }
-    const int first = opt.first < 0 ? 0 : opt.first;
+    int first = opt.first < 0 ? 0 : opt.first;
 
     // The length is known once the timeline is built; the frame range is
     // checked then.
@@ -286,6 +347,11 @@ int main(int argc, char** argv) {
     std::unique_ptr<MVNOutputSink> sink = MVNOutputSink::create(output, first, sinkError);
     if (!sink) {
         std::fprintf(stderr, "mvn-render: %s\n", sinkError.c_str());
+        return kExitBadInput;
+    }
+    auto* video = dynamic_cast<MVNVideoFileSink*>(sink.get());
+    if (opt.chunked && !video) {
+        std::fprintf(stderr, "mvn-render: --chunk writes a video: the output must end in .mp4 or .mkv\n");
         return kExitBadInput;
     }
 
@@ -328,7 +394,7 @@ int main(int argc, char** argv) {
         delete rs;
         return kExitBadInput;
     }
-    const int last = opt.last < 0 ? project.length - 1 : opt.last;
+    int last = opt.last < 0 ? project.length - 1 : opt.last;
     if (last >= project.length) {
         std::fprintf(stderr, "mvn-render: --frames %d:%d lies past the project's end (%d frames)\n", first, last,
                      project.length);
@@ -336,6 +402,20 @@ int main(int argc, char** argv) {
         rs->release();
         delete rs;
         return kExitBadInput;
+    }
+    if (opt.chunked) {
+        const int whole = first;
+        std::string chunkError;
+        if (!opt.chunk.range(whole, last, MVNVideoFileSink::kKeyFrameInterval, first, last, chunkError)) {
+            std::fprintf(stderr, "mvn-render: %s\n", chunkError.c_str());
+            MVNProjectLoader::unload(project);
+            rs->release();
+            delete rs;
+            return kExitBadInput;
+        }
+        // The join reads which piece this is and which frames it holds.
+        video->setTags({{MVNSegmentJoin::kChunkTag, std::to_string(opt.chunk.index()) + "/" + std::to_string(opt.chunk.count())},
+                        {MVNSegmentJoin::kFramesTag, std::to_string(first - whole) + ":" + std::to_string(last - whole)}});
     }
 
     struct sigaction sa{};

@@ -35,7 +35,11 @@ RenderRun render(const std::string& args) {
 class MvnRenderGroups : public ::testing::Test {
 protected:
     void SetUp() override {
-        dir = fs::current_path() / "render";
+        // A folder of each test's own: what one test leaves behind never
+        // reaches another's checks.
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        dir = fs::current_path() / "render" / (std::string(info->test_suite_name()) + "." + info->name());
+        fs::remove_all(dir);
         fs::create_directories(dir);
         project = (dir / "show.json").string();
     }

@@ -15,10 +15,6 @@
 #include <memory>
 #include <string>
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 #include "services/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNModule.h"
@@ -29,6 +25,7 @@ extern "C" {
 #include "timeline/MVNRenderConsumer.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNTractor.h"
+#include "MVNToolSetup.h"
 #include "MVNVirtualDisplay.h"
 
 using namespace Morvane;
@@ -129,55 +126,12 @@ int parseArgs(int argc, char** argv, Options& o) {
     return 0;
 }
 
-// The engine leaves its configuration, logs and caches in the working
-// folder; they go to a state folder of the tool's own, never the user's.
-std::string stateFolder() {
-    const char* xdg = std::getenv("XDG_STATE_HOME");
-    const char* home = std::getenv("HOME");
-    fs::path base = xdg && *xdg ? fs::path(xdg) : home && *home ? fs::path(home) / ".local/state" : fs::temp_directory_path();
-    fs::path dir = base / "mvn-render";
-    std::error_code ec;
-    fs::create_directories(dir, ec);
-    if (ec) dir = fs::temp_directory_path() / ("mvn-render-" + std::to_string(::getuid()));
-    fs::create_directories(dir, ec);
-    return dir.string();
-}
-
-// Unless MORVANE_LOG_LEVEL says otherwise, warnings and errors reach the
-// user, without the engine's start-up notice that every run logs, and
-// nothing at all with --quiet (the tool's own one-line errors still do).
-void setUpLogging(bool quiet) {
-    const char* env = std::getenv("MORVANE_LOG_LEVEL");
-    // The encoders' statistics are noise to a user; their errors are not.
-    MVNLogLevel wanted = MVNLogLevel::Warn;
-    bool chatty = env && *env && parseLogLevel(env, wanted) && wanted <= MVNLogLevel::Debug;
-    av_log_set_level(chatty ? AV_LOG_INFO : quiet ? AV_LOG_QUIET : AV_LOG_ERROR);
-    if (env && *env) return;
-    setLogLevel(MVNLogLevel::Off);
-    if (quiet) return;
-    addLogSink([](const MVNLogLine& line) {
-        if (line.level < MVNLogLevel::Warn) return;
-        if (line.message.find("must contain at least one entry") != std::string::npos) return;
-        std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
-                     line.message.c_str());
-    });
-}
-
-std::string join(const std::vector<std::string>& parts, char sep) {
-    std::string out;
-    for (const auto& p : parts) {
-        if (!out.empty()) out += sep;
-        out += p;
-    }
-    return out;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     Options opt;
     if (parseArgs(argc, argv, opt) != 0) return kExitBadInput;
-    setUpLogging(opt.quiet);
+    MVNToolSetup::setUpLogging("mvn-render", opt.quiet);
 
     std::error_code ec;
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
@@ -195,20 +149,8 @@ int main(int argc, char** argv) {
         }
     }
 
-    const std::string state = stateFolder();
-    if (::chdir(state.c_str()) != 0) {
-        std::fprintf(stderr, "mvn-render: cannot use the state folder %s\n", state.c_str());
-        return kExitFailed;
-    }
-    // A hidden window of the profile's size, not a full-screen one.
-    if (FILE* marker = std::fopen("not_full_screen", "a")) std::fclose(marker);
-
-    std::string module = findModule("libMVNOgre.so");
-    if (module.empty() || loadModule(module) != 0) {
-        std::fprintf(stderr, "mvn-render: the render module libMVNOgre.so could not be loaded%s\n",
-                     module.empty() ? " (not found)" : "");
-        return kExitFailed;
-    }
+    if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
+    if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
 
     MVNProjectLoader loader;
     MVNProject project;
@@ -238,7 +180,7 @@ int main(int argc, char** argv) {
     }
 
     MVNProperties rsProps;
-    rsProps.setString("resource_locations", join(project.resourceLocations, ';'));
+    rsProps.setString("resource_locations", MVNToolSetup::join(project.resourceLocations, ';'));
     rsProps.setBoolean("anti_aliasing", opt.antiAliasing);
     MVNRenderSystem* rs = createRenderSystem("ogreRenderSystem", project.profile, rsProps);
     if (!rs || rs->init() != 0) {

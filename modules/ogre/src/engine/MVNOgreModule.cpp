@@ -81,6 +81,8 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
         int renderWinHeight = props.getInt32("render_win_height", 0);
         // Multisampling stays on unless the host trades it for speed.
         MVNOgreManager::getSingleton()->setAntiAliasing(props.getBoolean("anti_aliasing", true));
+        // "sdl": an on-screen window for previews instead of the hidden one.
+        MVNOgreManager::getSingleton()->setOnScreenWindow(props.getString("window", "hidden") == "sdl");
         // Folders, separated by ';', whose files the engine finds by name.
         std::string locations = props.getString("resource_locations", "");
         for (size_t start = 0; start < locations.size();) {

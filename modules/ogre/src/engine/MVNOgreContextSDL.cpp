@@ -121,7 +121,10 @@ NativeWindowPair MVNOgreContextSDL::createWindow(const char* name, int width, in
     SDL_SysWMinfo wmInfo;
     SDL_VERSION(&wmInfo.version);
     SDL_GetWindowWMInfo(pair.native, &wmInfo);
-    options["externalWindowHandle"] = Ogre::StringConverter::toString(size_t(wmInfo.info.x11.window));
+    // The engine draws into a child window of its own inside the SDL window:
+    // given the SDL window itself, this engine version keeps no handle of
+    // it and can never learn that it was resized.
+    options["parentWindowHandle"] = Ogre::StringConverter::toString(size_t(wmInfo.info.x11.window));
     if (!mWindows.empty()) options["currentGLContext"] = "true";
     desc.miscParams.clear();
     desc.miscParams.insert(options.begin(), options.end());
@@ -169,6 +172,9 @@ void MVNOgreContextSDL::pollEvents() {
             if (event.window.event != SDL_WINDOWEVENT_RESIZED) continue;
             for (const NativeWindowPair& w : mWindows) {
                 if (event.window.windowID != SDL_GetWindowID(w.native)) continue;
+                // The engine's child window follows the SDL window.
+                w.render->resize(static_cast<unsigned int>(event.window.data1),
+                                 static_cast<unsigned int>(event.window.data2));
                 w.render->windowMovedOrResized();
                 windowResized(w.render);
             }

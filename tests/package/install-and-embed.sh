@@ -22,7 +22,7 @@ for f in include/morvane/Morvane.h include/morvane/core/MVNFrame.h include/morva
          "$libdir/libMorvane.so" "$libdir/morvane/modules/libMVNOgre.so" \
          "$libdir/cmake/Morvane/MorvaneConfig.cmake" "$libdir/cmake/Morvane/MorvaneConfigVersion.cmake" \
          "$libdir/pkgconfig/morvane.pc" share/morvane/plugins.cfg share/morvane/resources.cfg \
-         share/morvane/media/materials bin/mvn-render bin/mvn-decode; do
+         share/morvane/media/materials bin/mvn-render bin/mvn-decode bin/mvn-play; do
     [ -e "$prefix/$f" ] || fail "not installed: $f"
 done
 soname=$(objdump -p "$prefix/$libdir/libMorvane.so" | awk '/SONAME/ {print $2}')
@@ -56,7 +56,8 @@ PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig" make -s -C "$work/pc" -f "$src/examp
 mkdir -p "$work/run-pc" && (cd "$work/run-pc" && "$work/pc/embed" "$work/run-pc" >/dev/null)
 check_frames "$work/run-pc"
 
-# The installed tool renders from the installed module and media.
+# The installed tools render from the installed module and media: mvn-render
+# to a file, mvn-play in its window (the label's font and panel are media too).
 mkdir -p "$work/render"
 cat >"$work/render/p.json" <<'JSON'
 { "profile": { "width": 64, "height": 64, "fps": 25 },
@@ -64,4 +65,7 @@ cat >"$work/render/p.json" <<'JSON'
 JSON
 "$prefix/bin/mvn-render" "$work/render/p.json" -o "$work/render/f%03d.png" --quiet
 [ "$(pixel "$work/render/f000.png" 10 10)" = "0 255 0" ] || fail "installed mvn-render drew $(pixel "$work/render/f000.png" 10 10)"
-echo "install and embed: ok ($prefix)"
+mkdir -p "$work/shots"
+"$prefix/bin/mvn-play" "$work/render/p.json" --frames 0:0 --screenshot "$work/shots" --quiet
+[ "$(pixel "$work/shots/frame00000.png" 60 60)" = "0 255 0" ] || fail "installed mvn-play showed $(pixel "$work/shots/frame00000.png" 60 60)"
+echo "install and embed: ok"

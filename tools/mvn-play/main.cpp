@@ -163,6 +163,9 @@ std::string timecode(int position, double fps) {
     return text;
 }
 
+// Where the timecode sits, in profile pixels: the top-left corner.
+const MVNRect kLabelGeometry(8, 8, 176, 44);
+
 // Everything the window shows besides the timeline: the label and the title.
 class Preview {
 public:
@@ -171,7 +174,7 @@ public:
         if (withTimecode) {
             mLabel.reset(new MVNOgreLabel());
             mLabel->setProfile(project.profile);
-            mLabel->setGeometry(labelGeometry(project.profile));
+            mLabel->setGeometry(kLabelGeometry);
             // White text reads on any picture; the colour is set on the
             // render thread, where the label's engine objects live.
             MVNOgreLabel* label = mLabel.get();
@@ -179,9 +182,6 @@ public:
                                                                "previewLabelColor");
         }
     }
-
-    // Where the timecode sits, in profile pixels: the top-left corner.
-    static MVNRect labelGeometry(const MVNProfile& profile) { return MVNRect(8, 8, 176, 44); }
 
     // Lets the timeline draw `position` into the window's scene.
     void prepare(int position) {

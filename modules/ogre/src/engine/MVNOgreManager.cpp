@@ -195,6 +195,8 @@ void MVNOgreManager::setProfile(const MVNProfile& profile) {
     if (!mInited) {
         return;
     }
+    // An on-screen window fits the new profile at its next picture.
+    mShownWidth = 0;
     if (mCoverLayer) {
         // Also when the sizes have come to match: update hides the bars.
         mCoverLayer->update();
@@ -302,8 +304,16 @@ void MVNOgreManager::_renderOneFrame() {
 
 void MVNOgreManager::_followWindowSize() {
     if (!mOnScreenWindow || !mContext || !mInited) return;
-    int w = mContext->getDisplayWidth();
-    int h = mContext->getDisplayHeight();
+    // The window's size changes on the render thread, in its event pump.
+    MVNOgreContextBase* context = mContext;
+    int w = 0;
+    int h = 0;
+    callRenderableWait(
+        [context, &w, &h]() {
+            w = context->getDisplayWidth();
+            h = context->getDisplayHeight();
+        },
+        "windowSize");
     if (w <= 0 || h <= 0 || (w == mShownWidth && h == mShownHeight)) return;
     mShownWidth = w;
     mShownHeight = h;
@@ -316,7 +326,6 @@ void MVNOgreManager::_followWindowSize() {
     if (static_cast<long long>(w) * layoutH < static_cast<long long>(layoutW) * h) {
         visibleH = static_cast<double>(layoutW) * h / w;
     }
-    MVNOgreContextBase* context = mContext;
     callRenderableWait(
         [context, visibleH]() {
             if (Ogre::Camera* camera = context->getCamera()) {

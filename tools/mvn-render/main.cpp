@@ -22,10 +22,6 @@
 #include <memory>
 #include <string>
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 #include "services/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNModule.h"
@@ -40,6 +36,7 @@ extern "C" {
 #include "timeline/MVNRepository.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNTractor.h"
+#include "MVNToolSetup.h"
 #include "MVNVirtualDisplay.h"
 #include "MVNWaveFile.h"
 #include "core/MVNAudioBlock.h"
@@ -198,44 +195,6 @@ int parseArgs(int argc, char** argv, Options& o) {
     return 0;
 }
 
-// The engine leaves its configuration, logs and caches in the working
-// folder; they go to a state folder of the tool's own, never the user's.
-std::string stateFolder() {
-    const char* xdg = std::getenv("XDG_STATE_HOME");
-    const char* home = std::getenv("HOME");
-    fs::path base = xdg && *xdg ? fs::path(xdg) : home && *home ? fs::path(home) / ".local/state" : fs::temp_directory_path();
-    fs::path dir = base / "mvn-render";
-    std::error_code ec;
-    fs::create_directories(dir, ec);
-    if (ec) dir = fs::temp_directory_path() / ("mvn-render-" + std::to_string(::getuid()));
-    fs::create_directories(dir, ec);
-    return dir.string();
-}
-
-// Unless MORVANE_LOG_LEVEL says otherwise, warnings and errors reach the
-// user, without the engine's start-up notice that every run logs, and
-// nothing at all with --quiet (the tool's own one-line errors still do).
-void setUpLogging(bool quiet) {
-    const char* env = std::getenv("MORVANE_LOG_LEVEL");
-    // The encoders' statistics are noise to a user; their errors are not.
-    MVNLogLevel wanted = MVNLogLevel::Warn;
-    bool chatty = env && *env && parseLogLevel(env, wanted) && wanted <= MVNLogLevel::Debug;
-    av_log_set_level(chatty ? AV_LOG_INFO : quiet ? AV_LOG_QUIET : AV_LOG_ERROR);
-    if (env && *env) return;
-    setLogLevel(MVNLogLevel::Off);
-    if (quiet) return;
-    addLogSink([](const MVNLogLine& line) {
-        if (line.level < MVNLogLevel::Warn) return;
-        if (line.message.find("must contain at least one entry") != std::string::npos) return;
-        // A video without sound is no error to the user, and the
-        // encoder's priming block of a file's sound decodes to nothing.
-        if (line.message.find("Could not find audio stream") != std::string::npos) return;
-        if (line.message.find("decode audio nb_samples:0") != std::string::npos) return;
-        std::fprintf(stderr, "mvn-render: %s: %s: %s\n", logLevelName(line.level), line.tag.c_str(),
-                     line.message.c_str());
-    });
-}
-
 // The transitions the module registered, one family a line:
 //   wipe: wipeleft wiperight ...
 void listTransitions() {
@@ -255,15 +214,6 @@ void listTransitions() {
     std::printf("%zu transitions; a .glsl file in the open transition format is taken as well\n", count);
 }
 
-std::string join(const std::vector<std::string>& parts, char sep) {
-    std::string out;
-    for (const auto& p : parts) {
-        if (!out.empty()) out += sep;
-        out += p;
-    }
-    return out;
-}
-
 // Joins chunk segments; no renderer is started.
 int joinSegments(const Options& o) {
     MVNSegmentJoin joiner;
@@ -281,13 +231,9 @@ int joinSegments(const Options& o) {
 int main(int argc, char** argv) {
     Options opt;
     if (parseArgs(argc, argv, opt) != 0) return kExitBadInput;
-    setUpLogging(opt.quiet);
+    MVNToolSetup::setUpLogging("mvn-render", opt.quiet);
     if (opt.listTransitions) {
-        std::string module = findModule("libMVNOgre.so");
-        if (module.empty() || loadModule(module) != 0) {
-            std::fprintf(stderr, "mvn-render: the render module libMVNOgre.so could not be loaded\n");
-            return kExitFailed;
-        }
+        if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
         listTransitions();
         return 0;
     }
@@ -311,20 +257,8 @@ int main(int argc, char** argv) {
         }
     }
 
-    const std::string state = stateFolder();
-    if (::chdir(state.c_str()) != 0) {
-        std::fprintf(stderr, "mvn-render: cannot use the state folder %s\n", state.c_str());
-        return kExitFailed;
-    }
-    // A hidden window of the profile's size, not a full-screen one.
-    if (FILE* marker = std::fopen("not_full_screen", "a")) std::fclose(marker);
-
-    std::string module = findModule("libMVNOgre.so");
-    if (module.empty() || loadModule(module) != 0) {
-        std::fprintf(stderr, "mvn-render: the render module libMVNOgre.so could not be loaded%s\n",
-                     module.empty() ? " (not found)" : "");
-        return kExitFailed;
-    }
+    if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
+    if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
     // Video files, animations and pictures decoded on the processor.
     std::string media = findModule("libMVNMedia.so");
     if (media.empty() || loadModule(media) != 0) {
@@ -379,7 +313,7 @@ int main(int argc, char** argv) {
     }
 
     MVNProperties rsProps;
-    rsProps.setString("resource_locations", join(project.resourceLocations, ';'));
+    rsProps.setString("resource_locations", MVNToolSetup::join(project.resourceLocations, ';'));
     rsProps.setBoolean("anti_aliasing", opt.antiAliasing);
     MVNRenderSystem* rs = createRenderSystem("ogreRenderSystem", project.profile, rsProps);
     if (!rs || rs->init() != 0) {

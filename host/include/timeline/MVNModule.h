@@ -12,14 +12,17 @@ namespace Morvane {
 // replacing its registrations.
 int loadModule(const std::string& path);
 
-// Where modules are looked for: $MORVANE_MODULE_DIR when set, else the build
-// tree's library folder when it exists, else the installed library folder.
+// Where modules are looked for: $MORVANE_MODULE_DIR when set, else
+// morvane/modules beside libMorvane when it exists (an installed tree,
+// wherever it was moved), else the build tree's library folder when it
+// exists, else the configured install folder.
 std::string defaultModuleDir();
 
 // The path of module `name` ("MVNOgre", "libMVNOgre.so" or a path). A path
 // with a '/' is returned as it is if it exists; a bare name is looked for in
-// $MORVANE_MODULE_DIR, the build tree, the folder of libMorvane itself and
-// the install folder, in that order. Empty when not found.
+// $MORVANE_MODULE_DIR, morvane/modules beside libMorvane, the build tree,
+// the folder of libMorvane itself and the install folder, in that order.
+// Empty when not found.
 std::string findModule(const std::string& name);
 
 }  // namespace Morvane

@@ -52,14 +52,19 @@ std::string installModuleDir() {
 #endif
 }
 
-// The folder libMorvane itself was loaded from: an installed or relocated
-// tree keeps its modules beside it.
+// The folder libMorvane itself was loaded from. The build tree keeps the
+// modules beside it, an installed (or moved) tree in morvane/modules below it.
 std::string ownDir() {
     Dl_info info{};
     if (::dladdr(reinterpret_cast<void*>(&findModule), &info) == 0 || info.dli_fname == nullptr) return std::string();
     std::string path = ports::path::abspath(info.dli_fname);
     size_t slash = path.find_last_of('/');
     return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+std::string ownModuleDir() {
+    std::string dir = ownDir();
+    return dir.empty() ? dir : dir + "/morvane/modules";
 }
 
 }  // namespace
@@ -125,6 +130,8 @@ int loadModule(const std::string& path) {
 std::string defaultModuleDir() {
     std::string env = envModuleDir();
     if (!env.empty()) return env;
+    std::string own = ownModuleDir();
+    if (!own.empty() && isDir(own)) return own;
     std::string build = buildModuleDir();
     if (!build.empty() && isDir(build)) return build;
     return installModuleDir();
@@ -141,7 +148,7 @@ std::string findModule(const std::string& name) {
         if (file.compare(0, 3, "lib") != 0) file = "lib" + file;
         file += ".so";
     }
-    for (const std::string& dir : {envModuleDir(), buildModuleDir(), ownDir(), installModuleDir()}) {
+    for (const std::string& dir : {envModuleDir(), ownModuleDir(), buildModuleDir(), ownDir(), installModuleDir()}) {
         if (dir.empty()) continue;
         std::string candidate = dir + "/" + file;
         if (isFile(candidate)) return candidate;

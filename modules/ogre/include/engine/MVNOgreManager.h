@@ -71,6 +71,12 @@ public:
     // system's "reader" property). Takes effect at the next init.
     void setReaderType(MVNOgreRenderReaderType type) { mReaderType = type; }
     MVNOgreRenderReaderType readerType() const { return mReaderType; }
+    // An on-screen SDL window (MVNOgreContextSDL) instead of the hidden one,
+    // for previews: it shows every picture drawn, and its user may resize
+    // it (the camera and the cover bars follow, keeping the profile's
+    // aspect). Takes effect at the next init.
+    void setOnScreenWindow(bool enabled) { mOnScreenWindow = enabled; }
+    bool isOnScreenWindow() const { return mOnScreenWindow; }
 
     // Queues `call` for the render thread under `name` and returns at once.
     // Dropped without a word while no queue is running.
@@ -131,6 +137,10 @@ protected:
     // Builds and initialises the cover layer; `warning` is logged on failure.
     void _createCoverLayer(const char* warning);
     void _addResourceLocationNow(const std::string& folder);
+    // Host thread, before a picture is drawn: when the user has resized the
+    // on-screen window, the camera is widened so that the layout still fits
+    // whole ("fitWindow"), and the cover bars cover the rest.
+    void _followWindowSize();
     // Hands `renderable` to the queue, from the pool or newly built.
     MVNOgreRenderable* _takeRenderable(std::function<void()>& call, const char* name, bool forWait);
 
@@ -152,7 +162,10 @@ protected:
     std::deque<MVNOgreSceneManager*> mSceneManagersToDestroy;
     std::vector<std::string> mResourceLocations;  // see addResourceLocation
     MVNOgreRenderReaderType mReaderType = MVN_READER_RTT;  // see setReaderType
-    bool mAntiAliasing = true;                     // see setAntiAliasing  // destroyed by release, on the render thread
+    bool mAntiAliasing = true;                     // see setAntiAliasing
+    bool mOnScreenWindow = false;                  // see setOnScreenWindow
+    int mShownWidth = 0;                           // the on-screen window's size at the last picture
+    int mShownHeight = 0;  // destroyed by release, on the render thread
 };
 
 }  // namespace Morvane

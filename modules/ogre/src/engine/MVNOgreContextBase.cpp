@@ -28,6 +28,9 @@
 #ifndef MVN_INSTALL_CONFIG_DIR
 #define MVN_INSTALL_CONFIG_DIR ""
 #endif
+#ifndef MVN_MODULE_TO_CONFIG_DIR
+#define MVN_MODULE_TO_CONFIG_DIR ""
+#endif
 
 namespace Morvane {
 
@@ -99,14 +102,32 @@ void StaticPluginLoader::unload() {
     mPlugins.clear();
 }
 
+// The installed configuration seen from the folder this module was loaded
+// from (lib/morvane/modules of an installed tree), so that the tree still
+// finds it after being moved. Empty for the build tree's module.
+static std::string configBesideModule() {
+    const std::string relative = MVN_MODULE_TO_CONFIG_DIR;
+    Dl_info info{};
+    if (relative.empty() || ::dladdr(reinterpret_cast<void*>(&configBesideModule), &info) == 0 ||
+        info.dli_fname == nullptr) {
+        return std::string();
+    }
+    std::string dir = info.dli_fname;
+    size_t slash = dir.find_last_of('/');
+    dir = slash == std::string::npos ? std::string() : dir.substr(0, slash);
+    if (!Ogre::StringUtil::endsWith(dir, "/morvane/modules", false)) return std::string();
+    return dir + "/" + relative;
+}
+
 // Folder of plugins.cfg and resources.cfg: OGRE_CONFIG_DIR when set, else the
-// build tree's generated files, else the installed ones.
+// installed files beside the module, else the build tree's generated files,
+// else the installed ones at the configured prefix.
 static std::string configDir() {
     if (const char* env = std::getenv("OGRE_CONFIG_DIR")) {
         if (*env) return Ogre::StringUtil::standardisePath(env);
     }
-    for (const char* dir : {MVN_BUILD_CONFIG_DIR, MVN_INSTALL_CONFIG_DIR}) {
-        std::string d = dir;
+    const std::string besideModule = configBesideModule();
+    for (const std::string& d : {besideModule, std::string(MVN_BUILD_CONFIG_DIR), std::string(MVN_INSTALL_CONFIG_DIR)}) {
         if (!d.empty() && Ogre::FileSystemLayer::fileExists(d + "/plugins.cfg")) {
             return Ogre::StringUtil::standardisePath(d);
         }

@@ -83,8 +83,8 @@ static unsigned int eventWindowId(const SDL_Event& e) {
     }
 }
 
-MVNOgreContextSDL::MVNOgreContextSDL(const std::string& name, int width, int height)
-    : MVNOgreContextBase(name, width, height) {}
+MVNOgreContextSDL::MVNOgreContextSDL(const std::string& name, int width, int height, bool sharedScene)
+    : MVNOgreContextBase(name, width, height), mSharedScene(sharedScene) {}
 
 MVNOgreContextSDL::~MVNOgreContextSDL() = default;
 
@@ -121,7 +121,10 @@ NativeWindowPair MVNOgreContextSDL::createWindow(const char* name, int width, in
     SDL_SysWMinfo wmInfo;
     SDL_VERSION(&wmInfo.version);
     SDL_GetWindowWMInfo(pair.native, &wmInfo);
-    options["externalWindowHandle"] = Ogre::StringConverter::toString(size_t(wmInfo.info.x11.window));
+    // The engine draws into a child window of its own inside the SDL window:
+    // given the SDL window itself, this engine version keeps no handle of
+    // it and can never learn that it was resized.
+    options["parentWindowHandle"] = Ogre::StringConverter::toString(size_t(wmInfo.info.x11.window));
     if (!mWindows.empty()) options["currentGLContext"] = "true";
     desc.miscParams.clear();
     desc.miscParams.insert(options.begin(), options.end());
@@ -132,7 +135,11 @@ NativeWindowPair MVNOgreContextSDL::createWindow(const char* name, int width, in
 }
 
 void MVNOgreContextSDL::createScene() {
-    _buildScene("SDLScene", "SDLMainLight", "SDLCamera", mSceneManager, mCamera);
+    if (mSharedScene) {
+        _buildScene("MorvaneScene", "MorvaneLight", "MorvaneCamera", mSceneManager, mCamera);
+    } else {
+        _buildScene("SDLScene", "SDLMainLight", "SDLCamera", mSceneManager, mCamera);
+    }
     if (Ogre::RenderWindow* win = getRenderWindow()) {
         Ogre::Viewport* vp = win->addViewport(mCamera, 0, 0, 0, 1, 1);
         vp->setMaterialScheme(Ogre::RTShader::ShaderGenerator::DEFAULT_SCHEME_NAME);
@@ -159,11 +166,15 @@ void MVNOgreContextSDL::pollEvents() {
     SDL_Event event;
     while (SDL_PollEvent(&event)) {
         if (event.type == SDL_QUIT) {
+            mQuitRequested = true;
             mRoot->queueEndRendering(true);
         } else if (event.type == SDL_WINDOWEVENT) {
             if (event.window.event != SDL_WINDOWEVENT_RESIZED) continue;
             for (const NativeWindowPair& w : mWindows) {
                 if (event.window.windowID != SDL_GetWindowID(w.native)) continue;
+                // The engine's child window follows the SDL window.
+                w.render->resize(static_cast<unsigned int>(event.window.data1),
+                                 static_cast<unsigned int>(event.window.data2));
                 w.render->windowMovedOrResized();
                 windowResized(w.render);
             }
@@ -201,6 +212,27 @@ MVNByteBuffer* MVNOgreContextSDL::getRenderImageWithGLReadPixels() {
     Ogre::PixelBox pb(win->getWidth(), win->getHeight(), 1, Ogre::PF_BYTE_RGBA, buf->ptr());
     win->copyContentsToMemory(Ogre::Box(0, 0, win->getWidth(), win->getHeight()), pb, Ogre::RenderTarget::FB_BACK);
     return buf;
+}
+
+MVNByteBuffer* MVNOgreContextSDL::getRenderImage() {
+    Ogre::RenderWindow* win = getRenderWindow();
+    if (!win) {
+        log_error(TAG, "renderWin is null");
+        return nullptr;
+    }
+    pollEvents();
+    // Drawn into the back buffer, read from there, then shown: the picture
+    // read is the one on screen.
+    win->update(false);
+    MVNByteBuffer* image = nullptr;
+    if (static_cast<int>(win->getWidth()) == mWidth && static_cast<int>(win->getHeight()) == mHeight) {
+        image = getRenderImageWithGLReadPixels();
+    } else {
+        log_error(TAG, "getRenderImage failed, window is %ux%u, not %dx%d", win->getWidth(), win->getHeight(), mWidth,
+                  mHeight);
+    }
+    win->swapBuffers();
+    return image;
 }
 
 }  // namespace Morvane

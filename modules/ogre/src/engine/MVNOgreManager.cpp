@@ -4,6 +4,7 @@
 #include <OgreResourceGroupManager.h>
 
 #include <algorithm>
+#include <cmath>
 #include <atomic>
 #include <cstring>
 #include <exception>
@@ -14,6 +15,7 @@
 #include "core/MVNGeometry.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreContext.h"
+#include "engine/MVNOgreContextSDL.h"
 #include "engine/MVNOgreCoverLayer.h"
 #include "engine/MVNOgreRenderQueue.h"
 #include "engine/MVNOgreRenderable.h"
@@ -77,7 +79,13 @@ int MVNOgreManager::init(const MVNProfile& profile, int renderWinWidth, int rend
         callRenderableWait([stale]() { stale->closeApp(); }, "OgreContextRelease");
         delete stale;
     }
-    mContext = new MVNOgreContext("Morvane", width, height);
+    if (mOnScreenWindow) {
+        mContext = new MVNOgreContextSDL("Morvane", width, height, true);
+    } else {
+        mContext = new MVNOgreContext("Morvane", width, height);
+    }
+    mShownWidth = width;
+    mShownHeight = height;
 
     // The whole engine comes up on the render thread, which from then on is
     // the one thread that owns the GL context. The result is shared, not a
@@ -187,6 +195,8 @@ void MVNOgreManager::setProfile(const MVNProfile& profile) {
     if (!mInited) {
         return;
     }
+    // An on-screen window fits the new profile at its next picture.
+    mShownWidth = 0;
     if (mCoverLayer) {
         // Also when the sizes have come to match: update hides the bars.
         mCoverLayer->update();
@@ -292,7 +302,46 @@ void MVNOgreManager::_renderOneFrame() {
     }
 }
 
+void MVNOgreManager::_followWindowSize() {
+    if (!mOnScreenWindow || !mContext || !mInited) return;
+    // The window's size changes on the render thread, in its event pump.
+    MVNOgreContextBase* context = mContext;
+    int w = 0;
+    int h = 0;
+    callRenderableWait(
+        [context, &w, &h]() {
+            w = context->getDisplayWidth();
+            h = context->getDisplayHeight();
+        },
+        "windowSize");
+    if (w <= 0 || h <= 0 || (w == mShownWidth && h == mShownHeight)) return;
+    mShownWidth = w;
+    mShownHeight = h;
+    log_info(kTag, "window resized:%dx%d", w, h);
+    // The layout stays in world units of the size asked for at init; a
+    // window of another shape sees more of the plane across or down.
+    const int layoutW = mContext->getWidth();
+    const int layoutH = mContext->getHeight();
+    double visibleH = static_cast<double>(layoutH);
+    if (static_cast<long long>(w) * layoutH < static_cast<long long>(layoutW) * h) {
+        visibleH = static_cast<double>(layoutW) * h / w;
+    }
+    callRenderableWait(
+        [context, visibleH]() {
+            if (Ogre::Camera* camera = context->getCamera()) {
+                camera->setFOVy(Ogre::Radian(static_cast<float>(2.0 * std::atan(visibleH / 2.0 / 10000.0))));
+            }
+        },
+        "fitWindow");
+    if (!mCoverLayer) {
+        mCoverLayer = new MVNOgreCoverLayer();
+        mCoverLayer->init();
+    }
+    mCoverLayer->update(mProfile.width(), mProfile.height(), w, h);
+}
+
 void MVNOgreManager::renderOneFrame() {
+    _followWindowSize();
     std::function<void()> call = mRenderOneFrameCall;
     callRenderableWait(call, "RenderOneFrame");
 }
@@ -309,6 +358,7 @@ struct RenderImageSlot {
 }  // namespace
 
 MVNByteBuffer* MVNOgreManager::getRenderImage() {
+    _followWindowSize();
     mRenderImage = nullptr;
     auto slot = std::make_shared<RenderImageSlot>();
     callRenderableWait(

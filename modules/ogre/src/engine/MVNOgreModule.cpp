@@ -85,6 +85,8 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
             log_error(kTag, "createRenderSystem unknown reader:%s, rtt used", reader.c_str());
         }
         MVNOgreManager::getSingleton()->setReaderType(readerType);
+        // "sdl": an on-screen window for previews instead of the hidden one.
+        MVNOgreManager::getSingleton()->setOnScreenWindow(props.getString("window", "hidden") == "sdl");
         // Folders, separated by ';', whose files the engine finds by name.
         std::string locations = props.getString("resource_locations", "");
         for (size_t start = 0; start < locations.size();) {

@@ -421,6 +421,35 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
     }
 }
 
+// A text clip's animation: "textAnimationType" from 0 (none) to 30, its
+// times as shares of the clip, the karaoke cover colour.
+void checkTextAnimation(const json& v, const std::string& path) {
+    if (!v.contains("properties") || !v["properties"].is_object()) return;
+    const json& given = v["properties"];
+    const std::string at = path + ".properties.";
+    if (given.contains("textAnimationType")) {
+        const json& t = given["textAnimationType"];
+        if (!t.is_number_integer() || t.get<long long>() < 0 || t.get<long long>() > 30) {
+            fail(at + "textAnimationType", "expected an integer from 0 (none) to 30");
+        }
+    }
+    for (const char* key : {"textAnimationStartTime", "textAnimationEndTime", "textAnimationFirstEndTime",
+                            "textAnimationSecendStartTime"}) {
+        if (!given.contains(key)) continue;
+        const json& t = given[key];
+        if (!t.is_number() || t.get<double>() < 0 || t.get<double>() > 1) {
+            fail(at + key, "expected a number from 0 to 1 (a share of the clip)");
+        }
+    }
+    if (given.contains("AnimTextKaLaOkCol")) {
+        MVNColor4B c;
+        const json& t = given["AnimTextKaLaOkCol"];
+        if (!t.is_string() || !c.fromString(t.get<std::string>())) {
+            fail(at + "AnimTextKaLaOkCol", "expected a colour \"#rrggbbaa\"");
+        }
+    }
+}
+
 ClipPlan planClip(const json& v, const std::string& path, int track, const MVNProfile& profile,
                   const std::string& folder, std::vector<std::string>& locations) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
@@ -457,6 +486,7 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     } else if (v.contains("tracks")) {
         fail(path + ".tracks", "only a group (\"" + std::string(kGroupService) + "\") takes tracks");
     }
+    if (service == "text") checkTextAnimation(v, path);
     if (service == kGridService) {
         if (v.contains("resource")) fail(path + ".resource", "a grid takes its cells as properties");
         planGrid(plan, v, path, folder);

@@ -11,10 +11,10 @@ using namespace Morvane;
 
 namespace {
 
-struct Setup {
+struct Clip {
     TextObjInfo obj;
     FontInfo font;
-    Setup() {
+    Clip() {
         obj.canvasWidth = 320, obj.canvasHeight = 180;
         obj.actualMaxWidth = 100, obj.actualMaxHeight = 30, obj.maxAdvance = 20;
         font.zOrder = 2, font.playTime = 2;
@@ -24,7 +24,7 @@ struct Setup {
 };
 
 TEST(TextAnimationKeys, KeysAtEqualTimesMergeWithTheLastWinningOnlyInTheOrderedTables) {
-    Setup s;
+    Clip s;
     s.font.secendStartTime = s.font.firstEndTime;  // the pause lasts no time
     // Ordered table: the two pause keys become one.
     TextAnimationKeys down = TextAnimationKeys::build(3, s.obj, s.font, 0);
@@ -52,7 +52,7 @@ class TextAnimationEnding : public ::testing::TestWithParam<Ending> {};
 
 // The last key of each track, with a second start time of 1.
 TEST_P(TextAnimationEnding, ASecondStartOfOneKeepsThePauseTypesStandingToTheEnd) {
-    Setup s;
+    Clip s;
     s.font.secendStartTime = 1;
     const Ending e = GetParam();
     TextAnimationKeys k = TextAnimationKeys::build(e.type, s.obj, s.font, 7);
@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<Ending>& info) { return "Type" + std::to_string(info.param.type); });
 
 TEST(TextAnimationKeys, EveryTypeHasANameAndMaterialEffectsNameTheirProgram) {
-    Setup s;
+    Clip s;
     int materials = 0;
     for (unsigned type = 1; type <= 30; ++type) {
         TextAnimationKeys k = TextAnimationKeys::build(type, s.obj, s.font, 3);

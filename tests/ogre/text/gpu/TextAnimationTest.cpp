@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -234,14 +235,22 @@ TEST_F(TextAnimation, FadeReachesItsAlphaAtTheKeyTimesOverTheBackground) {
         show(clip, k.frame);
         Composition out(W, H);
         ASSERT_TRUE(out.ok());
-        int greenest = 0, redAtGreenest = 0;
+        // The commonest green of the ink (its inside: edges are fewer, and
+        // overlapping contours of a glyph are rarer), and its least red.
+        std::map<int, int> greens;
+        int red = 255;
         for (int y = 0; y < H; ++y)
             for (int x = 0; x < W; ++x) {
                 RGBA c = out.at(x, y);
-                if (c.g > greenest) greenest = c.g, redAtGreenest = c.r;
+                if (c.g > 16) ++greens[c.g / 4], red = std::min<int>(red, c.r);
             }
-        EXPECT_NEAR(greenest, 255 * k.alpha, 8);
-        if (k.alpha > 0) EXPECT_GE(redAtGreenest, 245);
+        int inside = 0, most = 0;
+        for (const auto& g : greens)
+            if (g.second > most) most = g.second, inside = g.first * 4 + 2;
+        EXPECT_NEAR(inside, 255 * k.alpha, 6);
+        if (k.alpha > 0) {
+            EXPECT_GE(red, 245);
+        }
     }
 }
 
@@ -261,8 +270,12 @@ TEST_F(TextAnimation, PrintShowsOneMoreGlyphAtATimeThenTakesThemAway) {
     for (int frame = 1; frame < kFrames; ++frame) {
         SCOPED_TRACE("frame " + std::to_string(frame));
         const int step = counts[frame] - counts[frame - 1];
-        if (frame <= 20) EXPECT_TRUE(step == 0 || step == 1) << step;
-        if (frame > 30) EXPECT_TRUE(step == 0 || step == -1) << step;
+        if (frame <= 20) {
+            EXPECT_TRUE(step == 0 || step == 1) << step;
+        }
+        if (frame > 30) {
+            EXPECT_TRUE(step == 0 || step == -1) << step;
+        }
     }
     EXPECT_LE(counts.back(), 1);
     // The ink follows: frame 10 shows about half the word.

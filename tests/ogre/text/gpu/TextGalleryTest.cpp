@@ -91,8 +91,8 @@ TEST_F(TextGallery, WritesEveryTextStyleWithAnIndex) {
 }
 
 // Every "textAnimationType" as a strip of five moments of a two-second clip
-// (a tenth, three tenths, the middle, seven tenths and nine tenths of it),
-// each at half size: text/animations.html.
+// (a tenth, three tenths, the middle, seven tenths and nine tenths of it)
+// in a title box, each at half size: text/animations.html.
 TEST_F(TextGallery, WritesEveryAnimationAsAStripOfFiveMoments) {
     const char* root = std::getenv("MVN_GALLERY_DIR");
     if (root == nullptr || *root == 0) GTEST_SKIP() << "MVN_GALLERY_DIR is not set";
@@ -130,6 +130,9 @@ TEST_F(TextGallery, WritesEveryAnimationAsAStripOfFiveMoments) {
         ASSERT_FALSE(id.empty());
         MVNProducer* clip = MVNFactory::getSingleton()->getProducerById(id);
         clip->setBoolean("_textNeedReBuild", true);
+        // A title box a little larger than the word, as titles usually have:
+        // moves start and end at its edges, wipes run across it.
+        clip->setGeometry(MVNRect(10, 55, 300, 70));
         // B,G,R,A, five half-size pictures side by side.
         std::vector<uint8_t> strip(static_cast<size_t>(kW) * kMoments * kH * 4);
         for (int m = 0; m < kMoments; ++m) {

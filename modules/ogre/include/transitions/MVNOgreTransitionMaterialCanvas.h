@@ -64,6 +64,10 @@ public:
     TextureConvert* getConvertB() const { return convertB; }
     MVNOgreMaterialTransition* getMaterial() const { return material; }
     const std::string& getResource() const { return resource; }
+    // Where the transition runs, as fractions of the frame from its top
+    // left (left, top, width, height): the smallest rectangle holding both
+    // clips, the whole frame until they are placed.
+    MVNRect clipRect() const;
 
 private:
     int _init();
@@ -71,6 +75,7 @@ private:
     void _release();
     void _setGeometry(const MVNRect& rect);
     void _resize(int width, int height, float x, float y, float z);
+    void _applyClipRect();
 
     std::string resource;                  // name of the material script
     int widthA, heightA, widthB, heightB;  // the clips' sizes

@@ -7,6 +7,7 @@
 
 #include "engine/MVNOgreManager.h"
 #include "timeline/MVNRepository.h"
+#include "transitions/MVNTransitionCatalogue.h"
 
 namespace Morvane {
 
@@ -24,7 +25,18 @@ void MVNTransitionNames::registerMaterials() {
             }
         },
         "transitionNames");
-    for (const std::string& name : names) repository->registerTransition(name, "material");
+    for (int i = 0; i < MVNTransitionCatalogue::count(); ++i) {
+        const MVNTransitionCatalogueEntry& entry = MVNTransitionCatalogue::at(i);
+        const char* title = entry.family;
+        for (int f = 0; f < MVNTransitionCatalogue::familyCount(); ++f) {
+            if (std::string(MVNTransitionCatalogue::family(f).name) == entry.family)
+                title = MVNTransitionCatalogue::family(f).title;
+        }
+        repository->registerTransition(entry.name, title);
+    }
+    for (const std::string& name : names) {
+        if (MVNTransitionCatalogue::find(name) == nullptr) repository->registerTransition(name, kOtherMaterials);
+    }
 }
 
 }  // namespace Morvane

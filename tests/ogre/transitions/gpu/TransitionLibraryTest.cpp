@@ -167,7 +167,8 @@ std::vector<ParityCase> parityCases() {
         "radial",     "smoothleft", "smoothright", "smoothup",  "smoothdown", "circleopen",  "circleclose",
         "vertopen",   "vertclose",  "horzopen",   "horzclose",  "diagtl",     "diagtr",      "diagbl",
         "diagbr",     "hlslice",    "hrslice",    "vuslice",    "vdslice",    "wipetl",      "wipetr",
-        "wipebl",     "wipebr",     "squeezeh",   "squeezev",   "fadefast",   "fadeslow"};
+        "wipebl",     "wipebr",     "squeezeh",   "squeezev",   "fadefast",   "fadeslow",
+        "circlecrop", "fadegrays",  "zoomin",     "hblur"};
     std::vector<ParityCase> out;
     for (const char* name : deterministic) out.push_back({name, false});
     for (const char* name : {"dissolve", "pixelize"}) out.push_back({name, true});

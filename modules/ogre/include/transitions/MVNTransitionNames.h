@@ -3,6 +3,8 @@
 
 namespace Morvane {
 
+class MVNRepository;
+
 // Tells the host's repository which transition names a project may use, so
 // that a misspelt one is refused with its place in the file rather than
 // drawn as nothing.
@@ -13,10 +15,14 @@ public:
     // the library leave them out, as most are filters.
     static constexpr const char* kOtherMaterials = "material";
 
-    // Once the engine runs (its scripts are read), unless names are
-    // registered already: the library's transitions in catalogue order,
-    // each under its family's title ("Fades", "Wipes", ...), then every
-    // other script material under kOtherMaterials. Step "transitionNames".
+    // The library's transitions in catalogue order, each under its
+    // family's title ("Fades", "Wipes", ...); needs no engine, so the module
+    // does it as it installs and a listing or a project file sees them
+    // before anything is drawn.
+    static void registerLibrary(MVNRepository* repository);
+    // Once the engine runs (its scripts are read), unless done already: the
+    // library, then every other script material under kOtherMaterials.
+    // Step "transitionNames".
     static void registerMaterials();
 };
 

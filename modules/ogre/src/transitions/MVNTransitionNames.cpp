@@ -11,9 +11,24 @@
 
 namespace Morvane {
 
+void MVNTransitionNames::registerLibrary(MVNRepository* repository) {
+    for (int i = 0; i < MVNTransitionCatalogue::count(); ++i) {
+        const MVNTransitionCatalogueEntry& entry = MVNTransitionCatalogue::at(i);
+        const char* title = entry.family;
+        for (int f = 0; f < MVNTransitionCatalogue::familyCount(); ++f) {
+            if (std::string(MVNTransitionCatalogue::family(f).name) == entry.family)
+                title = MVNTransitionCatalogue::family(f).title;
+        }
+        repository->registerTransition(entry.name, title);
+    }
+}
+
 void MVNTransitionNames::registerMaterials() {
     MVNRepository* repository = MVNRepository::getSingleton();
-    if (!repository->transitions().empty()) return;
+    for (const auto& [name, family] : repository->transitions()) {
+        if (family == kOtherMaterials) return;
+    }
+    registerLibrary(repository);
     std::vector<std::string> names;
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&names]() {
@@ -25,15 +40,6 @@ void MVNTransitionNames::registerMaterials() {
             }
         },
         "transitionNames");
-    for (int i = 0; i < MVNTransitionCatalogue::count(); ++i) {
-        const MVNTransitionCatalogueEntry& entry = MVNTransitionCatalogue::at(i);
-        const char* title = entry.family;
-        for (int f = 0; f < MVNTransitionCatalogue::familyCount(); ++f) {
-            if (std::string(MVNTransitionCatalogue::family(f).name) == entry.family)
-                title = MVNTransitionCatalogue::family(f).title;
-        }
-        repository->registerTransition(entry.name, title);
-    }
     for (const std::string& name : names) {
         if (MVNTransitionCatalogue::find(name) == nullptr) repository->registerTransition(name, kOtherMaterials);
     }

@@ -47,7 +47,9 @@ public:
     // The present name returns at once, without a step.
     void setResource(const std::string& name) override;
     void setVisible(bool visible) override;
-    // Draws both converters; must run before the scene is drawn.
+    // Draws the converters, but for a clip that fills the frame as it is,
+    // which the material then samples directly; must run before the scene
+    // is drawn.
     void render(int position) override;
     void setAnimationA(int type) override;
     void setAnimationB(int type) override;
@@ -76,6 +78,7 @@ private:
     void _setGeometry(const MVNRect& rect);
     void _resize(int width, int height, float x, float y, float z);
     void _applyClipRect();
+    void _renderInput(TextureConvert* convert, int unit);
 
     std::string resource;                  // name of the material script
     int widthA, heightA, widthB, heightB;  // the clips' sizes

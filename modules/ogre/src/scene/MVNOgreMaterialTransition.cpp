@@ -85,6 +85,14 @@ void MVNOgreMaterialTransition::setUniformFloat4(const std::string& name, float 
     }
 }
 
+void MVNOgreMaterialTransition::setInputTexture(int unit, const std::string& name) {
+    if (!material) return;
+    Ogre::Pass* pass = material->getTechnique(0)->getPass(0);
+    if (unit < 0 || unit >= static_cast<int>(pass->getNumTextureUnitStates())) return;
+    Ogre::TextureUnitState* state = pass->getTextureUnitState(static_cast<unsigned short>(unit));
+    if (state->getTextureName() != name) state->setTextureName(name);
+}
+
 void MVNOgreMaterialTransition::updateTextureA(uint8_t* data, int width, int height) {
     if (textureA) textureA->updateTexture(data, width, height);
 }

@@ -236,10 +236,21 @@ void MVNOgreTransitionMaterialCanvas::render(int position) {
     if (convertA == nullptr && convertB == nullptr) return;
     onRenderThread(
         [this]() {
-            if (convertA) convertA->render();
-            if (convertB) convertB->render();
+            _renderInput(convertA, 0);
+            _renderInput(convertB, 1);
         },
         "transRender");
+}
+
+// A clip that fills the frame as it is (the usual full-frame picture) is
+// sampled where it lies: its converter pass would copy it unchanged at the
+// cost of one full-frame draw. Checked each frame, as geometry, rotation,
+// animation and opacity may all change while the transition runs.
+void MVNOgreTransitionMaterialCanvas::_renderInput(TextureConvert* convert, int unit) {
+    if (convert == nullptr) return;
+    bool direct = convert->passesUnchanged();
+    if (!direct) convert->render();
+    if (material) material->setInputTexture(unit, direct ? convert->sourceName() : convert->getRttName());
 }
 
 void MVNOgreTransitionMaterialCanvas::setAnimationA(int type) {

@@ -1,6 +1,7 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
-# make gallery  renders every filter of the catalogue to out/gallery (index.html)
+# make gallery  renders every filter of the catalogue to out/gallery (index.html), every
+#               transition as a strip (out/gallery/transitions) and the text styles
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
@@ -38,7 +39,7 @@ demo: build
 
 gallery: build
 	mkdir -p out/gallery
-	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*:TextGallery.*'
+	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*:TextGallery.*:TransitionGallery.*'
 	@echo "out/gallery/index.html"
 
 check-asan: deps

@@ -195,11 +195,13 @@ int parseArgs(int argc, char** argv, Options& o) {
     return 0;
 }
 
-// The transitions the module registered, one family a line:
-//   wipe: wipeleft wiperight ...
+// The transition library the module registered, one family a line:
+//   Wipes: wipeleft wiperight ...
+// The engine's other material scripts (mostly filters) are left out.
 void listTransitions() {
     std::vector<std::pair<std::string, std::vector<std::string>>> families;
     for (const auto& [name, family] : MVNRepository::getSingleton()->transitions()) {
+        if (family == "material") continue;
         auto it = std::find_if(families.begin(), families.end(), [&](const auto& f) { return f.first == family; });
         if (it == families.end()) it = families.insert(families.end(), {family, {}});
         it->second.push_back(name);

@@ -26,6 +26,7 @@
 #include "services/MVNRenderTexture.h"
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
+#include "transitions/MVNTransitionNames.h"
 #include "transitions/MVNTransitionSample.h"
 #include "core/MVNTypes.h"
 #include "text/MVNProducerText.h"
@@ -265,6 +266,7 @@ extern "C" MVN_OGRE_API int MVNOgre_module_install(Morvane::MVNRepository* repos
     for (const ServiceRow& row : kServices) {
         repository->registerService(row.type, row.name, createOgreService);
     }
+    MVNTransitionNames::registerLibrary(repository);
     log_info(kTag, "ogre module install done");
     return 0;
 }

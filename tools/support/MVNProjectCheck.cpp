@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -36,6 +37,40 @@ std::string quoted(const json& v) {
     std::string text = v.dump();
     if (text.size() > 60) text = text.substr(0, 57) + "...";
     return text;
+}
+
+// The size a PNG or JPEG file states in its header, read without decoding
+// anything: false for other files.
+bool headerSize(const std::string& file, long& width, long& height) {
+    std::ifstream in(file, std::ios::binary);
+    unsigned char head[24] = {};
+    if (!in.read(reinterpret_cast<char*>(head), sizeof head)) return false;
+    auto be32 = [](const unsigned char* p) { return (long(p[0]) << 24) | (p[1] << 16) | (p[2] << 8) | p[3]; };
+    if (std::memcmp(head, "\x89PNG\r\n\x1a\n", 8) == 0 && std::memcmp(head + 12, "IHDR", 4) == 0) {
+        width = be32(head + 16);
+        height = be32(head + 20);
+        return true;
+    }
+    if (head[0] != 0xFF || head[1] != 0xD8) return false;
+    // JPEG: walk the segments to the first start of frame.
+    in.clear();
+    in.seekg(2);
+    unsigned char seg[9];
+    while (in.read(reinterpret_cast<char*>(seg), 4)) {
+        if (seg[0] != 0xFF) return false;
+        const int marker = seg[1];
+        const long length = (seg[2] << 8) | seg[3];
+        const bool frame = marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+        if (frame) {
+            if (!in.read(reinterpret_cast<char*>(seg + 4), 5)) return false;
+            height = (seg[5] << 8) | seg[6];
+            width = (seg[7] << 8) | seg[8];
+            return true;
+        }
+        if (length < 2) return false;
+        in.seekg(length - 2, std::ios::cur);
+    }
+    return false;
 }
 
 // Services whose "resource" is a picture the engine decodes.
@@ -145,6 +180,12 @@ private:
     // Refused from the header when too large, else decoded once.
     void picture(const std::string& file, const std::string& path) {
         const std::string full = resolve(file);
+        long statedWidth = 0, statedHeight = 0;
+        if (headerSize(full, statedWidth, statedHeight) &&
+            (statedWidth > MVNProjectCheck::kMaxPictureSide || statedHeight > MVNProjectCheck::kMaxPictureSide)) {
+            refuse(path, "picture too large: " + std::to_string(statedWidth) + "x" + std::to_string(statedHeight) +
+                             " (at most " + std::to_string(MVNProjectCheck::kMaxPictureSide) + " a side): " + full);
+        }
         MVNMediaProbe probe;
         std::string reason;
         MVNFFmpegLog::clear();

@@ -190,19 +190,19 @@ MVNProfile requireEvenSize(const MVNProfile& p, const std::string& path) {
 MVNProfile parseProfile(const json& root, const std::string& override, std::string& where) {
     if (!override.empty()) {
         where = "--profile";
-        MVNProfile p(override);
-        if (!p.isValid()) fail("profile", "unknown profile \"" + override + "\"" + whyProfileRefused(override));
-        return requireEvenSize(p, "profile");
+        // Asked first: building a profile of an unknown name logs an error
+        // of its own beside this one.
+        if (!MVNProfile::exists(override)) {
+            fail("profile", "unknown profile \"" + override + "\"" + whyProfileRefused(override));
+        }
+        return requireEvenSize(MVNProfile(override), "profile");
     }
     if (!root.contains("profile")) fail("profile", "missing");
     const json& v = root["profile"];
     if (v.is_string()) {
-        MVNProfile p(v.get<std::string>());
-        if (!p.isValid()) {
-            fail("profile", "unknown profile \"" + v.get<std::string>() + "\"" +
-                                whyProfileRefused(v.get<std::string>()));
-        }
-        return requireEvenSize(p, "profile");
+        const std::string& name = v.get_ref<const std::string&>();
+        if (!MVNProfile::exists(name)) fail("profile", "unknown profile \"" + name + "\"" + whyProfileRefused(name));
+        return requireEvenSize(MVNProfile(name), "profile");
     }
     if (!v.is_object()) fail("profile", "expected a name or an object, got " + typeName(v));
     for (const char* key : {"width", "height", "fps"}) {

@@ -27,6 +27,7 @@
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
 #include "MVNProgress.h"
+#include "MVNProjectCheck.h"
 #include "MVNChunkPlan.h"
 #include "MVNSegmentJoin.h"
 #include "MVNVideoFileSink.h"
@@ -273,6 +274,11 @@ int main(int argc, char** argv) {
     MVNProject project;
     if (loader.read(projectPath, project, opt.profile) != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
+        return kExitBadInput;
+    }
+    MVNProjectCheck check;
+    if (check.check(projectPath, project) != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
         return kExitBadInput;
     }
     int first = opt.first < 0 ? 0 : opt.first;

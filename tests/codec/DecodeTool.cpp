@@ -22,6 +22,18 @@ std::vector<uint8_t> ReadAll(const fs::path& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// The numbered .bgra files of `dir` show these frames, opaque.
+void ExpectPictures(const std::string& dir, const std::vector<int>& frames) {
+    for (size_t i = 0; i < frames.size(); ++i) {
+        char name[64];
+        std::snprintf(name, sizeof name, "%s/%05d.bgra", dir.c_str(), static_cast<int>(i));
+        std::vector<uint8_t> bgra = ReadAll(name);
+        ASSERT_EQ(64u * 48 * 4, bgra.size()) << name;
+        EXPECT_EQ(frames[i], CodecTest::FrameNumberFromBgra(bgra.data(), 64, 48)) << name;
+        EXPECT_EQ(255, bgra[3]) << name;
+    }
+}
+
 }  // namespace
 
 TEST(DecodeTool, WritesThePicturesAtTheRequestedTimes) {
@@ -33,15 +45,7 @@ TEST(DecodeTool, WritesThePicturesAtTheRequestedTimes) {
               "request=0.8 ret=0 time=0.800000 width=64 height=48\n"
               "request=4.96 ret=0 time=4.960000 width=64 height=48\n",
               out);
-    const int expected[] = {10, 50, 20, 124};
-    for (int i = 0; i < 4; ++i) {
-        char name[32];
-        std::snprintf(name, sizeof name, "at/%05d.bgra", i);
-        std::vector<uint8_t> bgra = ReadAll(name);
-        ASSERT_EQ(64u * 48 * 4, bgra.size()) << name;
-        EXPECT_EQ(expected[i], CodecTest::FrameNumberFromBgra(bgra.data(), 64, 48)) << name;
-        EXPECT_EQ(255, bgra[3]);  // opaque alpha
-    }
+    ExpectPictures("at", {10, 50, 20, 124});
 }
 
 TEST(DecodeTool, WritesTheFirstFramesInOrder) {
@@ -52,13 +56,7 @@ TEST(DecodeTool, WritesTheFirstFramesInOrder) {
               "request=-1 ret=0 time=0.040000 width=64 height=48\n"
               "request=-1 ret=0 time=0.080000 width=64 height=48\n",
               out);
-    for (int i = 0; i < 3; ++i) {
-        char name[32];
-        std::snprintf(name, sizeof name, "first/%05d.bgra", i);
-        std::vector<uint8_t> bgra = ReadAll(name);
-        ASSERT_EQ(64u * 48 * 4, bgra.size());
-        EXPECT_EQ(i, CodecTest::FrameNumberFromBgra(bgra.data(), 64, 48));
-    }
+    ExpectPictures("first", {0, 1, 2});
 }
 
 TEST(DecodeTool, WritesTheAudioAsRawSamples) {

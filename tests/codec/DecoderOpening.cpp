@@ -1,5 +1,7 @@
-// Opening: what GetMediaInfo tells for each kind of file, and the exact
-// complaints for files that are not media.
+// Opening: what GetMediaInfo tells for each kind of file, the exact
+// complaints for files that are not media, and the output size: square
+// pixels pass through, non-square pixels stretch the shorter side, limits
+// fit the display shape, every changed side is even.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,6 +9,7 @@
 #include "FFmpegDecoderImpl.h"
 #include "FFmpegDecoderImplAsync.h"
 #include "LogCapture.h"
+#include "OutputSize.h"
 #include "TestMedia.h"
 
 extern "C" {
@@ -69,7 +72,6 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(OpenCase{"gop12.mp4", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
                       OpenCase{"bframes.mp4", true, false, 64, 48, 64, 48, 25, 0, 0, 0, 3.0},
                       OpenCase{"gop12.ts", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
-                      OpenCase{"noindex.mkv", true, true, 64, 48, 64, 48, 25, 0, 2, 44100, 5.0},
                       OpenCase{"anamorphic.mp4", true, false, 64, 48, 64, 36, 25, 0, 0, 0, 1.0},
                       // A display matrix turning -90 degrees (counter-clockwise) asks to
                       // show the picture turned 90 degrees clockwise, and +90 gives 270.
@@ -143,4 +145,44 @@ TEST(DecoderOpeningLogs, LimitsScaleThePicturesDownEvenly) {
     EXPECT_EQ(30, decoder.GetOutputWidth());
     EXPECT_EQ(22, decoder.GetOutputHeight());
     EXPECT_EQ(30, CodecTest::NextPicture(decoder, 1.2).frame);
+}
+
+struct SizingCase {
+    const char* name;
+    int w, h, sarNum, sarDen, maxW, maxH;
+    bool scale;
+    int outW, outH;
+    float dar;
+};
+
+class OutputSizing : public ::testing::TestWithParam<SizingCase> {};
+
+TEST_P(OutputSizing, GivesTheExpectedSize) {
+    const SizingCase& c = GetParam();
+    codec::OutputSize out = codec::OutputSize::Compute(c.w, c.h, c.sarNum, c.sarDen, c.maxW, c.maxH, c.scale);
+    EXPECT_EQ(c.outW, out.width);
+    EXPECT_EQ(c.outH, out.height);
+    EXPECT_NEAR(c.dar, out.dar, 1e-5);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, OutputSizing,
+    ::testing::Values(
+        SizingCase{"UnknownSarIsSquare", 640, 480, 0, 1, 0, 0, false, 640, 480, 4.0f / 3},
+        SizingCase{"PalWideKeepsWidth", 720, 576, 16, 15, 0, 0, false, 720, 540, 4.0f / 3},
+        SizingCase{"PortraitKeepsHeight", 480, 640, 2, 1, 0, 0, false, 960, 640, 1.5f},
+        SizingCase{"OddResultIsEvened", 64, 48, 1001, 1000, 0, 0, false, 64, 46, 64064.0f / 48000},
+        SizingCase{"ScaledDownToWidth", 1920, 1080, 1, 1, 640, 480, true, 640, 360, 16.0f / 9},
+        SizingCase{"ScaledDownToHeight", 1080, 1920, 1, 1, 640, 360, true, 202, 360, 9.0f / 16},
+        SizingCase{"LimitsIgnoredWithoutScale", 1920, 1080, 1, 1, 640, 360, false, 1920, 1080, 16.0f / 9},
+        SizingCase{"AnamorphicScaledToDisplayShape", 720, 576, 64, 45, 640, 360, true, 640, 360, 16.0f / 9}),
+    [](const ::testing::TestParamInfo<SizingCase>& info) { return std::string(info.param.name); });
+
+TEST(OutputSizingLog, TellsWhenACorrectionChangesNothing) {
+    LogCapture log;
+    codec::OutputSize out = codec::OutputSize::Compute(64, 48, 999, 1000, 0, 0, false);
+    EXPECT_EQ(64, out.width);
+    EXPECT_EQ(48, out.height);
+    EXPECT_EQ(1, log.countContaining("calc scale size equal to origin size"));
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "dar 1.332000 calc scale size equal to origin size"));
 }

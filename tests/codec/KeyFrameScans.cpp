@@ -1,8 +1,11 @@
 // The scans at open: first timestamp, key-frame interval, the index from the
-// demuxer or by reading the file, and the variable-rate check.
+// demuxer or by reading the file, and the variable-rate check. The index
+// keeps file order: a pts going back is refused, a repeated pts or a stalled
+// time is kept with one warning.
 #include <gtest/gtest.h>
 
 #include "FFmpegDecoderImpl.h"
+#include "KeyInfo.h"
 #include "LogCapture.h"
 #include "TestMedia.h"
 
@@ -113,4 +116,25 @@ TEST(KeyFrameScanLogs, DumpGopTellsEveryGroup) {
     EXPECT_EQ(10, log.countContaining("gop=12, tmp_size="));
     EXPECT_EQ(1, log.countContaining("gop=5, tmp_size="));
     EXPECT_EQ(1, log.countContaining("cost time:"));
+}
+
+TEST(KeyInfo, RefusesAPtsGoingBackButKeepsARepeatedPtsOrAStalledTimeWithAWarning) {
+    const char* tag = "codec::KeyInfo";
+    LogCapture log;
+    codec::KeyInfo info;
+    info.Add(1000, 1.0);
+    EXPECT_EQ(-1, info.Add(999, 1.5));
+    EXPECT_EQ(1, info.Count());
+    EXPECT_TRUE(log.has(MVNLogLevel::Error, tag, "pts:999 not increasing"));
+    EXPECT_EQ(0, info.Add(1000, 1.0));
+    EXPECT_TRUE(log.has(MVNLogLevel::Warn, tag, "same pts last:1000,cur:1000"));
+    EXPECT_EQ(0, info.Add(2000, 0.5));
+    EXPECT_TRUE(log.has(MVNLogLevel::Warn, tag, "not increasing time (2000,0.500000) last(1000,1.000000)"));
+    EXPECT_EQ(3, info.Count());
+    EXPECT_EQ(3, static_cast<int>(log.lines().size()));  // one line each
+    EXPECT_EQ(nullptr, info.At(3));
+    EXPECT_EQ(nullptr, info.At(-1));
+    log.clear();
+    info.Dump();
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, tag, "2000==>0.500000"));
 }

@@ -23,18 +23,6 @@ std::vector<uint8_t> sequence(int n, int start = 0) {
     return v;
 }
 
-// The new size is the need plus the need's remainder modulo 1024.
-TEST(DataBuffer, PushGrowsToNeedPlusRemainder) {
-    std::vector<uint8_t> data = sequence(1500);
-    for (auto c : {std::pair<int, int>{1500, 1976}, {1, 2}, {1024, 1024}, {1023, 2046}}) {
-        MVNDataBuffer buf;
-        ASSERT_EQ(0, buf.pushData(data.data(), c.first));
-        EXPECT_EQ(c.second, buf.size()) << c.first;
-        EXPECT_EQ(c.first, buf.used());
-        EXPECT_EQ(0, buf.offset());
-    }
-}
-
 TEST(DataBuffer, PushIntoRoomAppendsAndAFullerOneGrowsFromUsedPlusN) {
     MVNDataBuffer buf;
     std::vector<uint8_t> data = sequence(1500);

@@ -134,21 +134,6 @@ TEST(FramePool, PulledFrameIsClearedAndCarriesTheType) {
     MVNFrame::pushBackPool(g);
 }
 
-TEST(FramePool, PushBackPoolGivesTheBufferBackToo) {
-    const int buffersBefore = pool()->outstandingCount();
-    const int framesBefore = MVNFrame::poolOutstandingCount();
-    MVNFrame* f = MVNFrame::pullFromPool(1, 4096);
-    ASSERT_NE(nullptr, f);
-    ASSERT_NE(nullptr, f->buffer());
-    EXPECT_EQ(4096, f->size());
-    EXPECT_EQ(buffersBefore + 1, pool()->outstandingCount());
-    EXPECT_EQ(framesBefore + 1, MVNFrame::poolOutstandingCount());
-    MVNFrame::pushBackPool(f);
-    EXPECT_EQ(buffersBefore, pool()->outstandingCount());
-    EXPECT_EQ(framesBefore, MVNFrame::poolOutstandingCount());
-    MVNFrame::pushBackPool(nullptr);
-}
-
 TEST(FramePool, FramePushedTwiceIsLoggedAndNotReusedTwice) {
     LogCapture log;
     MVNFrame* f = MVNFrame::pullFromPool(1, 16);

@@ -28,8 +28,6 @@ TEST_P(ProfileByName, ResolvesSizeAndRate) {
 
 INSTANTIATE_TEST_SUITE_P(Table, ProfileByName,
                          ::testing::Values(Named{"sd_480_29.97p", 720, 480, 30000, 1001},
-                                           Named{"hd_1080_50p", 1920, 1080, 50, 1},
-                                           Named{"uhd_2160_59.94p", 3840, 2160, 60000, 1001},
                                            Named{"1920x1080@30000/1001", 1920, 1080, 30000, 1001},
                                            Named{"640x360@29.97", 640, 360, 30000, 1001},
                                            Named{"100x50@12.5", 100, 50, 25, 2}));

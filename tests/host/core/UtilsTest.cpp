@@ -48,12 +48,3 @@ TEST(Utils, ThreadIdsDifferBetweenThreads) {
     EXPECT_NE(mine, 0u);
     EXPECT_NE(mine, other);
 }
-
-TEST(Utils, InputAndOutputNames) {
-    EXPECT_STREQ(getInputName(MVN_INPUT_FRAME), "frame");
-    EXPECT_STREQ(getInputName(MVN_INPUT_GROUP_RTT), "group rtt");
-    EXPECT_STREQ(getInputName(42), "unknown");
-    EXPECT_STREQ(getOutputName(MVN_OUTPUT_SCENE), "scene");
-    EXPECT_STREQ(getOutputName(MVN_OUTPUT_RTT_NODE), "rtt node");
-    EXPECT_STREQ(getOutputName(-1), "unknown");
-}

@@ -203,12 +203,6 @@ INSTANTIATE_TEST_SUITE_P(
         TextureCase{"NegativeZOrder", 100, 100, -1, "createRenderTexture failed, invalid zOrder:-1"}),
     [](const ::testing::TestParamInfo<TextureCase>& info) { return std::string(info.param.label); });
 
-TEST_F(ModuleDispatch, RenderTextureWithoutPropertiesIsRefusedForItsWidth) {
-    LogCapture log;
-    EXPECT_EQ(Morvane::createRenderTexture("ogreRenderTexture", profile, MVNProperties()), nullptr);
-    EXPECT_EQ(log.count(MVNLogLevel::Error, kTag, "createRenderTexture failed, invalid width:0"), 1);
-}
-
 TEST_F(ModuleDispatch, RenderTextureAtZOrderZeroPassesTheChecks) {
     MVNProperties properties;
     properties.setInt32("width", 64);

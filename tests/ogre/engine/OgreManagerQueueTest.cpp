@@ -173,8 +173,6 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         OddSizeCase{"hd_1080_30p", 1921, 1080, "profile size:1920x1080, render_win_size:1921x1080",
                     "error render win size:1921x1080, must be even"},
-        OddSizeCase{"hd_1080_30p", 1920, 1081, "profile size:1920x1080, render_win_size:1920x1081",
-                    "error render win size:1920x1081, must be even"},
         // A side of 0 takes the profile's size for both, odd sides included.
         OddSizeCase{"1281x720@25", 0, 0, "profile size:1281x720, render_win_size:0x0",
                     "error render win size:1281x720, must be even"},
@@ -209,7 +207,6 @@ TEST_P(OgreManagerInject, SecondInjectionIsLoggedAndReplacesOrIsRefused) {
 INSTANTIATE_TEST_SUITE_P(
     Objects, OgreManagerInject,
     ::testing::Values(InjectCase{"window", 0, "window object already injected, replace with new"},
-                      InjectCase{"assetManager", 0, "assetManager object already injected, replace with new"},
                       InjectCase{"view", 0, "view object already injected, replace with new"},
                       InjectCase{"viewController", -1, "view controller already injected, replace with new"}),
     [](const ::testing::TestParamInfo<InjectCase>& info) { return std::string(info.param.name); });

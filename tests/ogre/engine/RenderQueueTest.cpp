@@ -1,6 +1,8 @@
 // The render queue on its own, with a recycler that records what comes back:
 // order, draining at stop, life-cycle log texts, and a thread that survives
-// a throwing item.
+// a throwing item. Its items and the pool they are reused from: what reset
+// keeps, the destructor's log line, and the guard against an item handed
+// back twice.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -16,10 +18,12 @@
 #include "LogCapture.h"
 #include "engine/MVNOgreRenderQueue.h"
 #include "engine/MVNOgreRenderable.h"
+#include "engine/MVNPool.h"
 
 using Morvane::MVNLogLevel;
 using Morvane::MVNOgreRenderable;
 using Morvane::MVNOgreRenderQueue;
+using Morvane::MVNPool;
 using MorvaneTest::LogCapture;
 
 namespace {
@@ -64,6 +68,19 @@ bool eventually(const std::function<bool()>& done) {
     }
     return done();
 }
+
+std::string pointerText(const void* p) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%p", p);
+    return text;
+}
+
+// Counts its deletions, to see what the pool deletes.
+struct Counted {
+    static int deleted;
+    ~Counted() { ++deleted; }
+};
+int Counted::deleted = 0;
 
 }  // namespace
 
@@ -205,23 +222,6 @@ TEST(RenderQueue, HasRenderableIsTrueWhileTheLastItemRuns) {
     EXPECT_FALSE(queue.hasRenderable());
 }
 
-TEST(RenderQueue, WaitReturnsAfterTheItemRan) {
-    Recycled recycled;
-    MVNOgreRenderQueue queue(recycled.recycler());
-    queue.start();
-    int value = 0;
-    auto* item = makeItem(
-        [&value]() {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            value = 42;
-        },
-        "value");
-    queue.addRenderableWait(item);
-    EXPECT_EQ(value, 42);
-    EXPECT_TRUE(item->isBlock());
-    queue.stop();
-}
-
 TEST(RenderQueue, EmptyCallbackCompletesNormally) {
     Recycled recycled;
     LogCapture log;
@@ -269,3 +269,77 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(ThrowCase{"std", []() { throw std::runtime_error("boom"); }, "thrower threw: boom"},
                       ThrowCase{"other", []() { throw 7; }, "thrower threw an unknown exception"}),
     [](const ::testing::TestParamInfo<ThrowCase>& info) { return std::string(info.param.label); });
+
+TEST(Renderable, DestructorLogsItsNameAndAddress) {
+    LogCapture log;
+    auto* item = new MVNOgreRenderable([]() {});
+    item->setName("goodbye");
+    std::string expected = "destory name:goodbye ptr:" + pointerText(item);
+    delete item;
+    EXPECT_TRUE(log.has(MVNLogLevel::Debug, "Morvane::MVNOgreRenderable", expected));
+}
+
+TEST(Renderable, ResetClearsFlagsAndWorkButKeepsPoolingAndName) {
+    int runs = 0;
+    MVNOgreRenderable item([&runs]() { ++runs; });
+    item.setName("kept");
+    item.setUsePool(true);
+    item.setBlock(true);
+    item.exec();
+    item.complete();
+    ASSERT_EQ(runs, 1);
+    ASSERT_TRUE(item.isCompleted());
+
+    item.reset();
+    EXPECT_FALSE(item.isBlock());
+    EXPECT_FALSE(item.isCompleted());
+    EXPECT_TRUE(item.isUsePool());
+    EXPECT_STREQ(item.getName(), "kept");
+    item.exec();  // no work left: nothing runs, nothing fails
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(Renderable, WaitReturnsAtOnceWhenCompletedOrResetForAnotherCaller) {
+    LogCapture log;
+    MVNOgreRenderable item;
+    item.setName("reused");
+    item.complete();
+    item.wait();
+    // A pooled item can be completed, recycled and reset for the next caller
+    // before its first waiter looks again; that waiter must not hang on.
+    unsigned generation = item.generation();
+    item.reset();
+    item.wait(generation);
+    EXPECT_EQ(log.countContaining("run too long time"), 0);
+}
+
+TEST(Pool, HandsOutInTheOrderItemsCameBackAndNullWhenEmpty) {
+    MVNPool<int> pool;
+    EXPECT_EQ(pool.get(), nullptr);
+    int* a = new int(1);
+    int* b = new int(2);
+    pool.put(a);
+    pool.put(b);
+    EXPECT_EQ(pool.size(), 2u);
+    EXPECT_EQ(pool.get(), a);
+    EXPECT_EQ(pool.get(), b);
+    EXPECT_EQ(pool.get(), nullptr);
+    delete a;
+    delete b;
+}
+
+TEST(Pool, ItemHandedBackTwiceIsDeletedOnceAndReported) {
+    LogCapture log;
+    Counted::deleted = 0;
+    auto* twice = new Counted();
+    auto* once = new Counted();
+    {
+        MVNPool<Counted> pool;
+        pool.put(twice);
+        pool.put(once);
+        pool.put(twice);
+    }
+    EXPECT_EQ(Counted::deleted, 2);
+    EXPECT_EQ(log.count(MVNLogLevel::Error, "MVNPool", "multi delete obj:" + pointerText(twice)), 1);
+    EXPECT_EQ(log.countContaining("multi delete obj:"), 1);
+}

@@ -114,16 +114,6 @@ TEST_F(FilterParameters, ColorLevelSendsTheConstructorsPointTwoNotItsFallback) {
     EXPECT_FLOAT_EQ(node.last("ufmLevelMinimum"), 0.0f);
 }
 
-TEST_F(FilterParameters, FiltersWithoutADefaultsRowWriteNoProperty) {
-    params("LightMixFilter").writeDefaults();
-    params("ImageColorFixFilter").writeDefaults();
-    params("AnimCube").writeDefaults();
-    EXPECT_TRUE(filter.keys().empty());
-    params("GreenCutOutFilter").writeDefaults();
-    EXPECT_EQ(filter.getColor("ufmColor", MVNColor4B(1, 2, 3, 4)), MVNColor4B(0, 0, 0, 255));
-    EXPECT_EQ(filter.getDouble("ufmDiffX", -1), 0.2);
-}
-
 TEST_F(FilterParameters, ColoursAreSentAsChannelsOverTwoFiftyFiveUnderTheirChannelKeys) {
     filter.setColor("ufmFirstColor", MVNColor4B(255, 51, 0, 102));
     setupAs("LightMixFilter");
@@ -258,20 +248,6 @@ INSTANTIATE_TEST_SUITE_P(Positions, AnimationSpan,
                                            SpanCase{0.25, 0.75, 100, 40, 115, true, 1.0f},
                                            SpanCase{0, 0, 100, 0, -1, false, 0}));
 
-TEST_F(FilterParameters, AnimationDrawsThePlainPictureOutsideItsSpan) {
-    filter.setDouble("ufmAnimIn", 0.25);
-    filter.setDouble("ufmAnimOut", 0.75);
-    params("AnimSwirl").setup();
-    node.sent.clear();
-    params("AnimSwirl").perFrame(10, 0);
-    EXPECT_FLOAT_EQ(node.last("ufmKeepDefault"), 1.0f);
-    EXPECT_EQ(node.count("ufmProgress"), 0);
-    params("AnimSwirl").perFrame(50, 0);
-    EXPECT_FLOAT_EQ(node.last("ufmProgress"), 0.5f);
-    EXPECT_FLOAT_EQ(node.last("ufmKeepDefault"), 0.0f);
-    EXPECT_EQ(node.sent.back().first, "ufmKeepDefault") << "progress first, then the switch";
-}
-
 TEST_F(FilterParameters, AnimationSpanGivenInFramesBecomesAFraction) {
     filter.setInt32("ufmAnimIn", 20);
     filter.setDouble("ufmAnimOut", 0.6);
@@ -291,41 +267,6 @@ TEST_F(FilterParameters, VideoAnimationRunsToTheClipsEnd) {
 }
 
 // --- masks ---------------------------------------------------------------------------------------
-
-struct MaskShape {
-    const char* name;
-    float w, h;
-    double heartScale, starScale;
-};
-
-class MaskGeometry : public ::testing::TestWithParam<MaskShape> {};
-
-TEST_P(MaskGeometry, HeartAndStarSizesFollowTheClipsShape) {
-    const MaskShape& s = GetParam();
-    MVNProperties filter;
-    RecordingNode node;
-    ClipProducer producer(640, 360, 100);
-    producer.setGeometry(MVNRect(10, 20, s.w, s.h));
-    std::string lut;
-    filter.setDouble("ufmHeartSize", 0.5);
-    filter.setDouble("ufmStarSize", 0.5);
-    MVNFilterParameters(filter, "MaskHeartFilter", &node, &producer, lut, 25).setup();
-    MVNFilterParameters(filter, "MaskStarShapeFilter", &node, &producer, lut, 25).setup();
-    double m = std::min(s.w, s.h);
-    double heart = 0.5 * m * s.heartScale;
-    double star = 0.5 * m * s.starScale;
-    EXPECT_FLOAT_EQ(node.last("ufmHeartSizeX"), float(heart / 601.94 * (1024.0 / s.w) * 1.11400229485139));
-    EXPECT_FLOAT_EQ(node.last("ufmHeartSizeY"), float(heart / 540.34 * (1024.0 / s.h)));
-    EXPECT_FLOAT_EQ(node.last("ufmStarSizeX"), float(star / 578.0 * (1024.0 / s.w) * 1.04710144927536));
-    EXPECT_FLOAT_EQ(node.last("ufmStarSizeY"), float(star / 552.0 * (1024.0 / s.h)));
-    EXPECT_FLOAT_EQ(node.last("ufmAspect"), s.w / s.h);
-}
-
-INSTANTIATE_TEST_SUITE_P(Shapes, MaskGeometry,
-                         ::testing::Values(MaskShape{"Landscape", 400, 200, 1.0, 1.0},
-                                           MaskShape{"Portrait", 200, 400, 0.8976641893386841, 0.9550173282623291},
-                                           MaskShape{"Square", 300, 300, 0.8976641893386841, 0.9550173282623291}),
-                         [](const ::testing::TestParamInfo<MaskShape>& info) { return info.param.name; });
 
 TEST_F(FilterParameters, EveryMaskKeySendsTheAspectAfterIt) {
     producer.setGeometry(MVNRect(0, 0, 200, 100));
@@ -399,24 +340,6 @@ std::string writeCube(int n, const std::string& name) {
         for (int g = 0; g < n; ++g)
             for (int r = 0; r < n; ++r) out << r / float(n - 1) << " " << g / float(n - 1) << " " << b / float(n - 1) << "\n";
     return path;
-}
-
-TEST_F(FilterParameters, ALookupTableBecomesATextureOfNSquaredByN) {
-    std::string path = writeCube(33, "a.cube");
-    filter.setString("ufmMVNLutPath", path);
-    filter.setDouble("ufmIntensity", 0.7);
-    params("ApplyDynamicLutFilter").setup();
-    ASSERT_EQ(node.textures.size(), 1u);
-    EXPECT_EQ(node.textures[0].name, lut);
-    EXPECT_EQ(node.textures[0].width, 1089);
-    EXPECT_EQ(node.textures[0].height, 33);
-    EXPECT_EQ(node.textures[0].type, 2);
-    EXPECT_FLOAT_EQ(node.last("ufmWidth"), 1089.0f);
-    EXPECT_FLOAT_EQ(node.last("ufmHeight"), 33.0f);
-    EXPECT_FLOAT_EQ(node.last("ufmlutPathError"), 0.0f);
-    EXPECT_FLOAT_EQ(node.last("ufmIntensity"), 0.7f);
-    EXPECT_FALSE(filter.getBoolean("_ufmLutFileError", true));
-    std::remove(path.c_str());
 }
 
 TEST_F(FilterParameters, AMissingOrEmptyTableFlagsTheErrorAndKeepsTheTexture) {

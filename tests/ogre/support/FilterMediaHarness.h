@@ -109,35 +109,82 @@ private:
     std::vector<std::string> mLines;
 };
 
-class FilterMediaHarness {
-public:
-    // On the render thread of a running engine: a private scene of w x h
-    // with a quad filling it, and the input texture.
-    FilterMediaHarness(int w, int h) : mWidth(w), mHeight(h) {
-        onRenderThread([this]() {
+// A private scene of w x h on the render thread of a running engine: input
+// textures to draw from, a quad that fills the scene, and the engine's error
+// lines watched. The harnesses below draw media materials with it.
+class MediaQuadScene {
+protected:
+    MediaQuadScene(int w, int h, const std::string& name, int inputs) : mWidth(w), mHeight(h) {
+        onRenderThread([&]() {
             Ogre::LogManager::getSingleton().getDefaultLog()->addListener(&mErrors);
-            mScene = new Morvane::MVNOgreSceneManager(mWidth, mHeight, "FilterMediaRtt", "");
-            mInput = Ogre::TextureManager::getSingleton().createManual(
-                "FilterMediaInput", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0, Ogre::PF_BYTE_RGBA,
-                Ogre::TU_DYNAMIC_WRITE_ONLY);
+            mScene = new Morvane::MVNOgreSceneManager(mWidth, mHeight, name + "Rtt", "");
+            for (int i = 0; i < inputs; ++i) {
+                mInputs.push_back(Ogre::TextureManager::getSingleton().createManual(
+                    name + "Input" + std::to_string(i), Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0,
+                    Ogre::PF_BYTE_RGBA, Ogre::TU_DYNAMIC_WRITE_ONLY));
+            }
         });
     }
-    ~FilterMediaHarness() {
+    ~MediaQuadScene() {
         onRenderThread([this]() {
-            clearQuad();
-            Ogre::TextureManager::getSingleton().remove(mInput);
-            mInput.reset();
+            for (auto& input : mInputs) Ogre::TextureManager::getSingleton().remove(input);
+            mInputs.clear();
             delete mScene;
             Ogre::LogManager::getSingleton().getDefaultLog()->removeListener(&mErrors);
         });
     }
 
-    void setInput(const Image& img) {
+    void upload(int input, const Image& img) {
         onRenderThread([&]() {
             Ogre::PixelBox box(img.width, img.height, 1, Ogre::PF_BYTE_RGBA, const_cast<uint8_t*>(img.rgba.data()));
-            mInput->getBuffer()->blitFromMemory(box);
+            mInputs[input]->getBuffer()->blitFromMemory(box);
         });
     }
+
+    // Render thread: draws `material` on a quad of the scene's size, texture
+    // coordinates (0, 0) at the top left as on the module's planes, and reads
+    // the result back.
+    Image drawAndRead(const std::string& material) {
+        Ogre::SceneManager* sm = mScene->getSceneManager();
+        Ogre::ManualObject* quad = sm->createManualObject();
+        float w = mWidth / 2.0f;
+        float h = mHeight / 2.0f;
+        quad->begin(material, Ogre::RenderOperation::OT_TRIANGLE_LIST, Ogre::RGN_DEFAULT);
+        quad->position(-w, -h, 0);
+        quad->textureCoord(0, 1);
+        quad->position(w, -h, 0);
+        quad->textureCoord(1, 1);
+        quad->position(w, h, 0);
+        quad->textureCoord(1, 0);
+        quad->position(-w, h, 0);
+        quad->textureCoord(0, 0);
+        quad->quad(0, 1, 2, 3);
+        quad->end();
+        Ogre::SceneNode* node = sm->getRootSceneNode()->createChildSceneNode();
+        node->attachObject(quad);
+        Image out{mWidth, mHeight, std::vector<uint8_t>(static_cast<size_t>(mWidth) * mHeight * 4)};
+        mScene->getRenderTarget()->update(true);
+        Ogre::PixelBox box(mWidth, mHeight, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
+        Ogre::TexturePtr rtt = Ogre::TextureManager::getSingleton().getByName(mScene->getRttName(), Ogre::RGN_DEFAULT);
+        rtt->getBuffer()->blitToMemory(box);
+        sm->destroySceneNode(node);
+        sm->destroyManualObject(quad);
+        return out;
+    }
+
+    int mWidth;
+    int mHeight;
+    Morvane::MVNOgreSceneManager* mScene = nullptr;
+    std::vector<Ogre::TexturePtr> mInputs;
+    EngineErrorLog mErrors;
+};
+
+// One filter material drawn on one input picture.
+class FilterMediaHarness : public MediaQuadScene {
+public:
+    FilterMediaHarness(int w, int h) : MediaQuadScene(w, h, "FilterMedia", 1) {}
+
+    void setInput(const Image& img) { upload(0, img); }
 
     // Draws `material` (a clone of it) with the uniforms set; errors gets
     // what the engine reported, and the result is empty when the material
@@ -151,7 +198,7 @@ public:
             if (!source) return;
             Ogre::MaterialPtr clone = source->clone("FilterMediaClone/" + material + "/" + std::to_string(++mCount));
             Ogre::Pass* pass = clone->getTechnique(0)->getPass(0);
-            pass->getTextureUnitState(0)->setTextureName(mInput->getName());
+            pass->getTextureUnitState(0)->setTextureName(mInputs[0]->getName());
             clone->load();
             if (clone->getNumSupportedTechniques() == 0) {
                 mErrors.messageLogged("no supported technique: " + clone->getUnsupportedTechniquesExplanation(),
@@ -163,14 +210,7 @@ public:
                 for (const auto& u : uniforms) {
                     if (params->_findNamedConstantDefinition(u.first)) params->setNamedConstant(u.first, u.second);
                 }
-                drawQuad(clone->getName());
-                out.rgba.resize(static_cast<size_t>(mWidth) * mHeight * 4);
-                Ogre::TexturePtr rtt = Ogre::TextureManager::getSingleton().getByName(mScene->getRttName(),
-                                                                                    Ogre::RGN_DEFAULT);
-                mScene->getRenderTarget()->update(true);
-                Ogre::PixelBox box(mWidth, mHeight, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
-                rtt->getBuffer()->blitToMemory(box);
-                clearQuad();
+                out = drawAndRead(clone->getName());
             }
             Ogre::MaterialManager::getSingleton().remove(clone);
         }, "filterMediaRender");
@@ -178,49 +218,9 @@ public:
         return out;
     }
 
-    int width() const { return mWidth; }
-    int height() const { return mHeight; }
-
 private:
-    // A quad of the picture's size in the plane z 0 of the private scene,
-    // texture coordinates (0, 0) at the top left as on the module's planes.
-    void drawQuad(const std::string& material) {
-        Ogre::SceneManager* sm = mScene->getSceneManager();
-        mQuad = sm->createManualObject();
-        float w = mWidth / 2.0f;
-        float h = mHeight / 2.0f;
-        mQuad->begin(material, Ogre::RenderOperation::OT_TRIANGLE_LIST, Ogre::RGN_DEFAULT);
-        mQuad->position(-w, -h, 0);
-        mQuad->textureCoord(0, 1);
-        mQuad->position(w, -h, 0);
-        mQuad->textureCoord(1, 1);
-        mQuad->position(w, h, 0);
-        mQuad->textureCoord(1, 0);
-        mQuad->position(-w, h, 0);
-        mQuad->textureCoord(0, 0);
-        mQuad->quad(0, 1, 2, 3);
-        mQuad->end();
-        mNode = sm->getRootSceneNode()->createChildSceneNode();
-        mNode->attachObject(mQuad);
-    }
-    void clearQuad() {
-        if (!mQuad) return;
-        Ogre::SceneManager* sm = mScene->getSceneManager();
-        sm->destroySceneNode(mNode);
-        sm->destroyManualObject(mQuad);
-        mQuad = nullptr;
-        mNode = nullptr;
-    }
-
-    int mWidth;
-    int mHeight;
     int mCount = 0;
     bool mSkip = false;
-    Morvane::MVNOgreSceneManager* mScene = nullptr;
-    Ogre::TexturePtr mInput;
-    Ogre::ManualObject* mQuad = nullptr;
-    Ogre::SceneNode* mNode = nullptr;
-    EngineErrorLog mErrors;
 };
 
 }  // namespace MorvaneTest

@@ -5,6 +5,7 @@
 // repository).
 #include "FilterMediaHarness.h"
 #include "core/MVNByteBuffer.h"
+#include "core/MVNByteBufferPool.h"
 #include "core/MVNFrame.h"
 #include "services/MVNProducer.h"
 #include "timeline/MVNRepository.h"
@@ -57,5 +58,55 @@ inline void installModule() {
     Morvane::MVNRepository* repository = Morvane::MVNRepository::getSingleton();
     if (!repository->hasRenderTexture("ogreRenderTexture")) MVNOgre_module_install(repository);
 }
+
+// The picture the running w x h engine composes now; empty when there is none.
+inline Image composedImage(int w, int h) {
+    Image out{w, h, {}};
+    Morvane::MVNByteBuffer* image = Morvane::MVNOgreManager::getSingleton()->getRenderImage();
+    if (image == nullptr) return out;
+    out.rgba.assign(image->ptr(), image->ptr() + w * h * 4);
+    Morvane::MVNByteBufferPool::sRelease(image);
+    return out;
+}
+
+// The picture in the w x h render texture `name`; empty when there is none.
+inline Image renderTextureImage(const std::string& name, int w, int h) {
+    Image out{w, h, std::vector<uint8_t>(static_cast<size_t>(w) * h * 4)};
+    onRenderThread([&]() {
+        Ogre::TexturePtr rtt = Ogre::TextureManager::getSingleton().getByName(name, Ogre::RGN_DEFAULT);
+        if (!rtt) {
+            out.rgba.clear();
+            return;
+        }
+        Ogre::PixelBox box(w, h, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
+        rtt->getBuffer()->blitToMemory(box);
+    });
+    return out;
+}
+
+// One engine of W x H for all the tests of a suite, the module installed,
+// the window kept off full screen and the background magenta.
+template <int W, int H>
+class SharedEngineTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        touchMarker("not_full_screen");
+        installModule();
+        sRun = new EngineRun(W, H);
+    }
+    static void TearDownTestSuite() {
+        delete sRun;
+        sRun = nullptr;
+        removeMarker("not_full_screen");
+    }
+    void SetUp() override {
+        ASSERT_EQ(sRun->rc, 0);
+        TestScene::setBackground(kMagenta);
+    }
+    static Image composed() { return composedImage(W, H); }
+    static Image renderTexture(const std::string& name) { return renderTextureImage(name, W, H); }
+
+    static inline EngineRun* sRun = nullptr;
+};
 
 }  // namespace MorvaneTest

@@ -18,41 +18,14 @@
 
 namespace MorvaneTest {
 
-class TransitionMediaHarness {
+class TransitionMediaHarness : public MediaQuadScene {
 public:
-    TransitionMediaHarness(int w, int h) : mWidth(w), mHeight(h) {
-        onRenderThread([this]() {
-            Ogre::LogManager::getSingleton().getDefaultLog()->addListener(&mErrors);
-            mScene = new Morvane::MVNOgreSceneManager(mWidth, mHeight, "TransitionMediaRtt", "");
-            for (int i = 0; i < 2; ++i) {
-                mInputs[i] = Ogre::TextureManager::getSingleton().createManual(
-                    "TransitionMediaInput" + std::to_string(i), Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth,
-                    mHeight, 0, Ogre::PF_BYTE_RGBA, Ogre::TU_DYNAMIC_WRITE_ONLY);
-            }
-        });
-    }
-    ~TransitionMediaHarness() {
-        onRenderThread([this]() {
-            clearQuad();
-            for (auto& input : mInputs) {
-                Ogre::TextureManager::getSingleton().remove(input);
-                input.reset();
-            }
-            delete mScene;
-            Ogre::LogManager::getSingleton().getDefaultLog()->removeListener(&mErrors);
-        });
-    }
+    TransitionMediaHarness(int w, int h) : MediaQuadScene(w, h, "TransitionMedia", 2) {}
 
     // Clip A ("from") and clip B ("to"), both of the harness's size.
     void setPictures(const Image& a, const Image& b) {
-        onRenderThread([&]() {
-            const Image* images[] = {&a, &b};
-            for (int i = 0; i < 2; ++i) {
-                Ogre::PixelBox box(mWidth, mHeight, 1, Ogre::PF_BYTE_RGBA,
-                                   const_cast<uint8_t*>(images[i]->rgba.data()));
-                mInputs[i]->getBuffer()->blitFromMemory(box);
-            }
-        });
+        upload(0, a);
+        upload(1, b);
     }
 
     // Draws the transition `material` at `progress` with "ratio" set as the
@@ -72,58 +45,12 @@ public:
                 transition->process(progress);
                 transition->setUniformFloat("ratio", float(mWidth) / float(mHeight));
                 for (const auto& u : uniforms) transition->setUniformFloat(u.first, u.second);
-                drawQuad(clone->getName());
-                out.rgba.resize(static_cast<size_t>(mWidth) * mHeight * 4);
-                Ogre::TexturePtr rtt =
-                    Ogre::TextureManager::getSingleton().getByName(mScene->getRttName(), Ogre::RGN_DEFAULT);
-                mScene->getRenderTarget()->update(true);
-                Ogre::PixelBox box(mWidth, mHeight, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
-                rtt->getBuffer()->blitToMemory(box);
-                clearQuad();
+                out = drawAndRead(clone->getName());
             },
             "transitionMediaRender");
         if (errors) *errors = mErrors.take();
         return out;
     }
-
-private:
-    // A quad of the frame's size, texture coordinates (0, 0) at the top left
-    // as on the module's planes.
-    void drawQuad(const std::string& material) {
-        Ogre::SceneManager* sm = mScene->getSceneManager();
-        mQuad = sm->createManualObject();
-        float w = mWidth / 2.0f;
-        float h = mHeight / 2.0f;
-        mQuad->begin(material, Ogre::RenderOperation::OT_TRIANGLE_LIST, Ogre::RGN_DEFAULT);
-        mQuad->position(-w, -h, 0);
-        mQuad->textureCoord(0, 1);
-        mQuad->position(w, -h, 0);
-        mQuad->textureCoord(1, 1);
-        mQuad->position(w, h, 0);
-        mQuad->textureCoord(1, 0);
-        mQuad->position(-w, h, 0);
-        mQuad->textureCoord(0, 0);
-        mQuad->quad(0, 1, 2, 3);
-        mQuad->end();
-        mNode = sm->getRootSceneNode()->createChildSceneNode();
-        mNode->attachObject(mQuad);
-    }
-    void clearQuad() {
-        if (!mQuad) return;
-        Ogre::SceneManager* sm = mScene->getSceneManager();
-        sm->destroySceneNode(mNode);
-        sm->destroyManualObject(mQuad);
-        mQuad = nullptr;
-        mNode = nullptr;
-    }
-
-    int mWidth;
-    int mHeight;
-    Morvane::MVNOgreSceneManager* mScene = nullptr;
-    Ogre::TexturePtr mInputs[2];
-    Ogre::ManualObject* mQuad = nullptr;
-    Ogre::SceneNode* mNode = nullptr;
-    EngineErrorLog mErrors;
 };
 
 }  // namespace MorvaneTest

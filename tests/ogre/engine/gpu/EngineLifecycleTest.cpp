@@ -36,15 +36,6 @@ protected:
     Marker windowed{"not_full_screen"};
 };
 
-TEST_F(EngineLifecycle, InitReleaseAndInitAgainInOneProcessReadsBothTimes) {
-    for (int round = 0; round < 2; ++round) {
-        SCOPED_TRACE(round);
-        EngineRun run(W, H);
-        ASSERT_EQ(run.rc, 0);
-        expectWorkingRead();
-    }
-}
-
 TEST_F(EngineLifecycle, WithoutDisplayInitFailsWithTheReasonAndTheProcessGoesOn) {
     std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "";
     ::unsetenv("DISPLAY");

@@ -43,8 +43,6 @@ INSTANTIATE_TEST_SUITE_P(
         GuardCase{"updateRenderImage", [](MVNOgreRenderSystem& rs) { rs.updateRenderImage(3); return true; }},
         GuardCase{"registerFrameListener",
                   [](MVNOgreRenderSystem& rs) { rs.registerFrameListener(nullptr); return true; }},
-        GuardCase{"unregisterFrameListener",
-                  [](MVNOgreRenderSystem& rs) { rs.unregisterFrameListener(nullptr); return true; }},
         GuardCase{"adjustGeometryProfileToWorld",
                   [](MVNOgreRenderSystem& rs) { return rs.adjustGeometryProfileToWorld(kRect).equals(kRect); }},
         GuardCase{"adjustPointScreenToProfile",
@@ -52,13 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                       MVNPoint p = rs.adjustPointScreenToProfile(MVNPoint(5, 6));
                       return p.x == 5 && p.y == 6;
                   }},
-        GuardCase{"adjustGeometryProfileToScreen",
-                  [](MVNOgreRenderSystem& rs) { return rs.adjustGeometryProfileToScreen(kRect).equals(kRect); }},
-        GuardCase{"adjustGeometryScreenToProfile",
-                  [](MVNOgreRenderSystem& rs) { return rs.adjustGeometryScreenToProfile(kRect).equals(kRect); }},
-        GuardCase{"getRenderWindowWidth", [](MVNOgreRenderSystem& rs) { return rs.getRenderWindowWidth() == 0; }},
-        GuardCase{"getRenderWindowHeight",
-                  [](MVNOgreRenderSystem& rs) { return rs.getRenderWindowHeight() == 0; }}),
+        GuardCase{"getRenderWindowWidth", [](MVNOgreRenderSystem& rs) { return rs.getRenderWindowWidth() == 0; }}),
     [](const ::testing::TestParamInfo<GuardCase>& info) { return std::string(info.param.operation); });
 
 TEST(RenderSystemBeforeInit, InjectReachesTheManagerAndIsBusyIsQuietlyFalse) {

@@ -30,22 +30,11 @@ constexpr int PH = 160;
 constexpr int X0 = (W - PW) / 2;
 constexpr int Y0 = (H - PH) / 2;
 
-class FilterCanvas : public ::testing::Test {
+class FilterCanvas : public SharedEngineTest<W, H> {
 protected:
     static void SetUpTestSuite() {
-        touchMarker("not_full_screen");
-        installModule();
-        sRun = new EngineRun(W, H);
+        SharedEngineTest::SetUpTestSuite();
         sPicture = testChart(PW, PH);
-    }
-    static void TearDownTestSuite() {
-        delete sRun;
-        sRun = nullptr;
-        removeMarker("not_full_screen");
-    }
-    void SetUp() override {
-        ASSERT_EQ(sRun->rc, 0);
-        TestScene::setBackground(kMagenta);
     }
 
     static std::unique_ptr<MVNFilterCanvas> canvas(int type, const std::function<void(MVNFilterCanvas&)>& set = {}) {
@@ -59,12 +48,7 @@ protected:
         MVNFrame* frame = nullptr;
         EXPECT_EQ(clip.getImage(position, &frame), 0);
         if (frame) MVNFrame::pushBackPool(frame);
-        Image out{W, H, {}};
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        if (image == nullptr) return out;
-        out.rgba.assign(image->ptr(), image->ptr() + W * H * 4);
-        MVNByteBufferPool::sRelease(image);
-        return out;
+        return composed();
     }
 
     static bool inPicture(int x, int y) { return x >= X0 && x < X0 + PW && y >= Y0 && y < Y0 + PH; }
@@ -117,10 +101,8 @@ protected:
         return value;
     }
 
-    static EngineRun* sRun;
     static Image sPicture;
 };
-EngineRun* FilterCanvas::sRun = nullptr;
 Image FilterCanvas::sPicture;
 
 TEST_F(FilterCanvas, APortraitPictureStandsCentredOnASmoothBlurOfItself) {

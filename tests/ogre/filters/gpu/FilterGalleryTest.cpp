@@ -12,7 +12,6 @@
 #include <memory>
 
 #include "FilterMediaHarness.h"
-#include "core/MVNByteBufferPool.h"
 #include "filters/MVNFilterCatalogue.h"
 #include "filters/MVNFilterSample.h"
 #include "core/MVNFrame.h"
@@ -104,10 +103,9 @@ TEST(FilterGallery, WritesEveryFilterWithAnIndex) {
         MVNFrame* frame = nullptr;
         ASSERT_EQ(clip.getImage(position, &frame), 0);
         MVNFrame::pushBackPool(frame);
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        ASSERT_NE(image, nullptr);
-        Picture{image->ptr(), W, H}.save(std::string(dir) + "/" + entry.name + ".png");
-        MVNByteBufferPool::sRelease(image);
+        Image out = composedImage(W, H);
+        ASSERT_FALSE(out.rgba.empty());
+        out.picture().save(std::string(dir) + "/" + entry.name + ".png");
         byFamily[entry.family].push_back(entry.name);
         clip.detachAll();
     }
@@ -128,11 +126,10 @@ TEST(FilterGallery, WritesEveryFilterWithAnIndex) {
         MVNFrame* frame = nullptr;
         ASSERT_EQ(clip.getImage(0, &frame), 0);
         MVNFrame::pushBackPool(frame);
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        ASSERT_NE(image, nullptr);
+        Image out = composedImage(W, H);
+        ASSERT_FALSE(out.rgba.empty());
         const std::string name = "lut-" + lut.stem().string();
-        Picture{image->ptr(), W, H}.save(std::string(dir) + "/" + name + ".png");
-        MVNByteBufferPool::sRelease(image);
+        out.picture().save(std::string(dir) + "/" + name + ".png");
         byFamily["lut"].push_back(name);
         clip.detachAll();
     }

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "FilterMediaHarness.h"
+#include "PictureClip.h"
 #include "filters/MVNFilterCatalogue.h"
 
 using namespace Morvane;
@@ -18,33 +18,24 @@ constexpr int W = 96;
 constexpr int H = 54;
 
 // One engine and one harness for every test of a process.
-class FilterMedia : public ::testing::Test {
+class FilterMedia : public SharedEngineTest<W, H> {
 protected:
     static void SetUpTestSuite() {
-        touchMarker("not_full_screen");
-        sRun = new EngineRun(W, H);
-        if (sRun->rc == 0) {
-            sHarness = new FilterMediaHarness(W, H);
-            sChart = testChart(W, H);
-            sHarness->setInput(sChart);
-        }
+        SharedEngineTest::SetUpTestSuite();
+        if (sRun->rc != 0) return;
+        sHarness = new FilterMediaHarness(W, H);
+        sChart = testChart(W, H);
+        sHarness->setInput(sChart);
     }
     static void TearDownTestSuite() {
         delete sHarness;
         sHarness = nullptr;
-        delete sRun;
-        sRun = nullptr;
-        removeMarker("not_full_screen");
+        SharedEngineTest::TearDownTestSuite();
     }
-    void SetUp() override { ASSERT_EQ(sRun->rc, 0) << "the engine did not start"; }
 
-    static EngineRun* sRun;
-    static FilterMediaHarness* sHarness;
-    static Image sChart;
+    static inline FilterMediaHarness* sHarness = nullptr;
+    static inline Image sChart;
 };
-EngineRun* FilterMedia::sRun = nullptr;
-FilterMediaHarness* FilterMedia::sHarness = nullptr;
-Image FilterMedia::sChart;
 
 std::vector<std::string> families() {
     std::vector<std::string> out;

@@ -28,22 +28,11 @@ namespace {
 constexpr int W = 96;
 constexpr int H = 54;
 
-class FilterService : public ::testing::Test {
+class FilterService : public SharedEngineTest<W, H> {
 protected:
     static void SetUpTestSuite() {
-        touchMarker("not_full_screen");
-        installModule();
-        sRun = new EngineRun(W, H);
+        SharedEngineTest::SetUpTestSuite();
         sChart = testChart(W, H);
-    }
-    static void TearDownTestSuite() {
-        delete sRun;
-        sRun = nullptr;
-        removeMarker("not_full_screen");
-    }
-    void SetUp() override {
-        ASSERT_EQ(sRun->rc, 0);
-        TestScene::setBackground(kMagenta);
     }
 
     static std::unique_ptr<MVNFilterSample> filter(const char* resource) {
@@ -59,31 +48,6 @@ protected:
         ASSERT_EQ(clip.getImage(position, &frame), 0);
         ASSERT_NE(frame, nullptr);
         MVNFrame::pushBackPool(frame);
-    }
-
-    // The composed picture as an Image (R,G,B,A, top row first).
-    static Image composed() {
-        Image out{W, H, {}};
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        if (image == nullptr) return out;
-        out.rgba.assign(image->ptr(), image->ptr() + W * H * 4);
-        MVNByteBufferPool::sRelease(image);
-        return out;
-    }
-
-    // The picture in a render texture, by name.
-    static Image renderTexture(const std::string& name) {
-        Image out{W, H, std::vector<uint8_t>(W * H * 4)};
-        onRenderThread([&]() {
-            Ogre::TexturePtr rtt = Ogre::TextureManager::getSingleton().getByName(name, Ogre::RGN_DEFAULT);
-            if (!rtt) {
-                out.rgba.clear();
-                return;
-            }
-            Ogre::PixelBox box(W, H, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
-            rtt->getBuffer()->blitToMemory(box);
-        });
-        return out;
     }
 
     // The value a uniform holds in the filter's material right now.
@@ -110,10 +74,8 @@ protected:
         return out;
     }
 
-    static EngineRun* sRun;
     static Image sChart;
 };
-EngineRun* FilterService::sRun = nullptr;
 Image FilterService::sChart;
 
 uint8_t level(double v) { return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 1.0) * 255)); }

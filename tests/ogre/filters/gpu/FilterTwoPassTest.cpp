@@ -50,23 +50,12 @@ Image gaussian(const Image& in) {
     return result;
 }
 
-class FilterTwoPass : public ::testing::Test {
+class FilterTwoPass : public SharedEngineTest<W, H> {
 protected:
     static void SetUpTestSuite() {
-        touchMarker("not_full_screen");
-        installModule();
-        sRun = new EngineRun(W, H);
+        SharedEngineTest::SetUpTestSuite();
         sChart = testChart(W, H);
         sBlurred = gaussian(sChart);
-    }
-    static void TearDownTestSuite() {
-        delete sRun;
-        sRun = nullptr;
-        removeMarker("not_full_screen");
-    }
-    void SetUp() override {
-        ASSERT_EQ(sRun->rc, 0);
-        TestScene::setBackground(kMagenta);
     }
 
     static std::unique_ptr<MVNFilterSample2> blur() {
@@ -75,34 +64,9 @@ protected:
         return f;
     }
 
-    static Image composed() {
-        Image out{W, H, {}};
-        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
-        if (image == nullptr) return out;
-        out.rgba.assign(image->ptr(), image->ptr() + W * H * 4);
-        MVNByteBufferPool::sRelease(image);
-        return out;
-    }
-
-    static Image renderTexture(const std::string& name) {
-        Image out{W, H, std::vector<uint8_t>(W * H * 4)};
-        onRenderThread([&]() {
-            Ogre::TexturePtr rtt = Ogre::TextureManager::getSingleton().getByName(name, Ogre::RGN_DEFAULT);
-            if (!rtt) {
-                out.rgba.clear();
-                return;
-            }
-            Ogre::PixelBox box(W, H, 1, Ogre::PF_BYTE_RGBA, out.rgba.data());
-            rtt->getBuffer()->blitToMemory(box);
-        });
-        return out;
-    }
-
-    static EngineRun* sRun;
     static Image sChart;
     static Image sBlurred;
 };
-EngineRun* FilterTwoPass::sRun = nullptr;
 Image FilterTwoPass::sChart;
 Image FilterTwoPass::sBlurred;
 

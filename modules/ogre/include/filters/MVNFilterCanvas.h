@@ -63,6 +63,9 @@ private:
     void _OnColorChanged(const MVNColor4B& color);
     void _OnResourceChanged(const std::string& path);
     void _OnTypeChanged(int type);
+    // The size of the picture file an image clip shows by name, into width
+    // and height; they stay as they are when it can't be loaded.
+    void _pictureFileSize(const std::string& texture, int& width, int& height);
     MVNFrame* _loadBgImage(const std::string& path);
     MVNFrame* _loadBgColor(const MVNColor4B& color);
     // Uploads a frame of any colour type to a node; false when it could not

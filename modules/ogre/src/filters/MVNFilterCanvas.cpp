@@ -138,6 +138,14 @@ void MVNFilterCanvas::_Config() {
     const int pw = profile().width();
     const int ph = profile().height();
     const MVNRect frame(0, 0, static_cast<float>(pw), static_cast<float>(ph));
+    std::string inputTexture;
+    if (!_inputTexture(producer, inputType, inputTexture)) return;
+    if (inputType == MVN_INPUT_FRAME && !inputTexture.empty()) {
+        // An image clip names the profile's size as its own and lets its
+        // quad stretch the file; the canvas shows the picture at the size
+        // the file has.
+        _pictureFileSize(inputTexture, width, height);
+    }
     bool blurred = mBackground == nullptr || type != kCanvasColor;
     int passW = mBackground ? mBackground->width() : width;
     int passH = mBackground ? mBackground->height() : height;
@@ -151,9 +159,6 @@ void MVNFilterCanvas::_Config() {
         "createSceneManager");
     log_debug(kTag, "%s inputType:%s outputType:%s", getStringId().c_str(), getInputName(inputType),
               getOutputName(outputType));
-
-    std::string inputTexture;
-    if (!_inputTexture(producer, inputType, inputTexture)) return;
 
     // The picture, never enlarged, fitted and centred in its clip's place
     // (the whole frame unless the clip was given one).
@@ -204,6 +209,28 @@ void MVNFilterCanvas::_Config() {
     }
     _SetDefaultParameters(passW, passH);
     log_debug(kTag, "%s %s _Config done", getStringId().c_str(), resource.c_str());
+}
+
+void MVNFilterCanvas::_pictureFileSize(const std::string& texture, int& width, int& height) {
+    int w = 0;
+    int h = 0;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            try {
+                Ogre::TexturePtr picture = Ogre::TextureManager::getSingleton().load(texture, Ogre::RGN_AUTODETECT);
+                if (picture) {
+                    w = static_cast<int>(picture->getSrcWidth());
+                    h = static_cast<int>(picture->getSrcHeight());
+                }
+            } catch (const std::exception& e) {
+                log_error(kTag, "%s picture %s not loaded: %s", getStringId().c_str(), texture.c_str(), e.what());
+            }
+        },
+        "canvasPictureSize");
+    if (w > 0 && h > 0) {
+        width = w;
+        height = h;
+    }
 }
 
 void MVNFilterCanvas::_SetDefaultParameters(int width, int height) {

@@ -284,7 +284,10 @@ TEST_F(MvnRender, AMisplacedOrUnknownTransitionExitsWithTwoAndOneLine) {
 struct MultisampleCase {
     const char* name;
     const char* box;        // the box clip's geometry and properties
-    std::vector<int> differ;  // frames that multisampling changes; {-1}: some, not known which
+    // Frames that multisampling changes; {-1}: some, not known which (a
+    // turning clip's first frame stands unturned or not as the animation's
+    // start falls).
+    std::vector<int> differ;
 };
 
 class MvnRenderMultisample : public MvnRender, public ::testing::WithParamInterface<MultisampleCase> {};
@@ -332,7 +335,7 @@ INSTANTIATE_TEST_SUITE_P(
                         R"("geometry": "[24.5:16.5 48x32]", "properties": { "color": "#0000ffff" })",
                         {0, 1, 2, 3, 4, 5}},
         MultisampleCase{"Turning", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 1 })",
-                        {0, 1, 2, 3, 4, 5}},
+                        {-1}},
         MultisampleCase{"Pulsing", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 3 })",
                         {-1}}),
     [](const ::testing::TestParamInfo<MultisampleCase>& info) { return std::string(info.param.name); });

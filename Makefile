@@ -1,6 +1,6 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
-# make gallery  renders every filter of the catalogue to out/gallery (index.html)
+# make gallery  renders every filter of the catalogue and the canvas kinds to out/gallery (index.html)
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan

@@ -1,7 +1,7 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
-# make gallery  renders every filter of the catalogue to out/gallery (index.html), every
-#               transition as a strip (out/gallery/transitions) and the text styles
+# make gallery  renders every filter of the catalogue and the canvas kinds to out/gallery (index.html),
+#               every transition as a strip (out/gallery/transitions) and the text styles
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 # make corpus  runs the bad-input corpus through the tools (also part of make test)
 BUILD      ?= build

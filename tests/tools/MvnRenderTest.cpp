@@ -303,3 +303,67 @@ TEST_F(MvnRender, ListTransitionsPrintsTheLibraryByFamily) {
 }
 
 }  // namespace
+
+// Multisampling as chosen frame by frame: by default a frame is drawn with
+// it only where it changes a pixel. Each case renders the same frames three
+// ways; the default must give the bytes of --antialias on every frame, and
+// the frames where --antialias and --no-antialias differ are the ones whose
+// clip stands off whole pixels.
+struct MultisampleCase {
+    const char* name;
+    const char* box;        // the box clip's geometry and properties
+    // Frames that multisampling changes; {-1}: some, not known which (a
+    // turning clip's first frame stands unturned or not as the animation's
+    // start falls).
+    std::vector<int> differ;
+};
+
+class MvnRenderMultisample : public MvnRender, public ::testing::WithParamInterface<MultisampleCase> {};
+
+std::vector<int> framesThatDiffer(const std::string& a, const std::string& b, size_t frameBytes) {
+    std::vector<int> out;
+    for (size_t f = 0; f * frameBytes < a.size() && f * frameBytes < b.size(); ++f) {
+        if (a.compare(f * frameBytes, frameBytes, b, f * frameBytes, frameBytes) != 0) out.push_back(int(f));
+    }
+    return out;
+}
+
+TEST_P(MvnRenderMultisample, DefaultMatchesMultisampledBytesAndSkipsItOnlyWhereNothingChanges) {
+    const MultisampleCase& c = GetParam();
+    std::ofstream(project) << R"({ "profile": { "width": 96, "height": 64, "fps": 25 }, "tracks": [
+        { "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } } ] },
+        { "clips": [ { "service": "ogre.color", "length": 6, )"
+                           << c.box << R"( } ] } ] })";
+    ToolRun automatic = runTool(project + " -o - --quiet");
+    ToolRun forced = runTool(project + " -o - --quiet --antialias");
+    ToolRun off = runTool(project + " -o - --quiet --no-antialias");
+    for (const ToolRun* r : {&automatic, &forced, &off}) ASSERT_EQ(r->status, 0) << r->err;
+    const size_t frameBytes = 96 * 64 * 4;
+    ASSERT_EQ(forced.out.size(), 6 * frameBytes);
+    EXPECT_EQ(framesThatDiffer(automatic.out, forced.out, frameBytes), std::vector<int>{})
+        << "frames where the default is not the multisampled picture";
+    std::vector<int> differ = framesThatDiffer(forced.out, off.out, frameBytes);
+    if (c.differ == std::vector<int>{-1}) {
+        EXPECT_FALSE(differ.empty()) << "multisampling changed no frame";
+    } else {
+        EXPECT_EQ(differ, c.differ) << "frames that multisampling changes";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, MvnRenderMultisample,
+    ::testing::Values(
+        MultisampleCase{"WholePixels", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff" })", {}},
+        MultisampleCase{"QuarterTurn",
+                        R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 90 })", {}},
+        MultisampleCase{"Turned",
+                        R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 30 })",
+                        {0, 1, 2, 3, 4, 5}},
+        MultisampleCase{"HalfPixelPlace",
+                        R"("geometry": "[24.5:16.5 48x32]", "properties": { "color": "#0000ffff" })",
+                        {0, 1, 2, 3, 4, 5}},
+        MultisampleCase{"Turning", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 1 })",
+                        {-1}},
+        MultisampleCase{"Pulsing", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 3 })",
+                        {-1}}),
+    [](const ::testing::TestParamInfo<MultisampleCase>& info) { return std::string(info.param.name); });

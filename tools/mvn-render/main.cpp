@@ -66,7 +66,7 @@ struct Options {
     std::vector<std::string> segments;
     std::string sound;
     bool quiet = false;
-    bool antiAliasing = true;
+    int antiAliasing = -1;  // 1 forced on, 0 off, -1 where it changes a pixel
     bool async = true;
     bool listTransitions = false;
     bool audio = true;
@@ -76,7 +76,7 @@ struct Options {
 void usage(FILE* to) {
     std::fprintf(to,
                  "usage: mvn-render PROJECT.json -o OUT [--frames A:B] [--profile NAME|WxH@FPS] [--quiet]\n"
-                 "                  [--no-antialias] [--sync]\n"
+                 "                  [--antialias|--no-antialias] [--sync]\n"
                  "  OUT: a .mp4 or .mkv file (H.264), a pattern like out/f%%05d.png (one PNG a frame),\n"
                  "       or - for raw RGBA frames on standard output\n"
                  "  --chunk K/N     render the K-th of N pieces of the range (cut on key frames) to\n"
@@ -85,6 +85,7 @@ void usage(FILE* to) {
                  "                  instead of rendering: join the pieces without re-encoding, with\n"
                  "                  sound rendered once for the whole range\n"
                  "  --no-antialias  draw without multisampling: faster, rougher edges on rotated or scaled clips\n"
+                 "  --antialias     multisample every frame (by default only frames where it changes a pixel)\n"
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
                  "  --no-audio      leave the sound out of a video file\n"
                  "  --audio-out F   write the sound to the WAV file F as well (48 kHz stereo float)\n"
@@ -151,7 +152,9 @@ int parseArgs(int argc, char** argv, Options& o) {
         } else if (a == "--quiet" || a == "-q") {
             o.quiet = true;
         } else if (a == "--no-antialias") {
-            o.antiAliasing = false;
+            o.antiAliasing = 0;
+        } else if (a == "--antialias") {
+            o.antiAliasing = 1;
         } else if (a == "--sync") {
             o.async = false;
         } else if (a == "--list-transitions") {
@@ -322,7 +325,7 @@ int main(int argc, char** argv) {
 
     MVNProperties rsProps;
     rsProps.setString("resource_locations", MVNToolSetup::join(project.resourceLocations, ';'));
-    rsProps.setBoolean("anti_aliasing", opt.antiAliasing);
+    if (opt.antiAliasing >= 0) rsProps.setBoolean("anti_aliasing", opt.antiAliasing == 1);
     MVNRenderSystem* rs = createRenderSystem("ogreRenderSystem", project.profile, rsProps);
     if (!rs || rs->init() != 0) {
         std::fprintf(stderr, "mvn-render: the renderer could not start (run with MORVANE_LOG_LEVEL=info for details)\n");

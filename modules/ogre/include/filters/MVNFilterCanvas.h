@@ -4,8 +4,7 @@
 #include "MVNOgreExport.h"
 #include "core/MVNColor4B.h"
 #include "core/MVNRect.h"
-#include "core/Mutex.h"
-#include "services/MVNFilter.h"
+#include "filters/MVNOgreFilterService.h"
 
 namespace Morvane {
 
@@ -21,25 +20,17 @@ class MVNProducer;
 // picture is drawn unblurred over it, all into one render texture the size
 // of the profile. "ufmStrength" s sends 4s - 3 to the blur.
 //
-// mLock orders _Config, the release of the scenes, processImage and the
-// background swaps.
-class MVN_OGRE_API MVNFilterCanvas : public MVNFilter {
+// mLock also orders the background swaps.
+class MVN_OGRE_API MVNFilterCanvas : public MVNOgreFilterService {
 public:
     MVNFilterCanvas(const MVNProfile& profile, int canvasType);
     ~MVNFilterCanvas() override;
     MVNFilterCanvas(const MVNFilterCanvas&) = delete;
     MVNFilterCanvas& operator=(const MVNFilterCanvas&) = delete;
 
-    void _OnPropertyChanged(const char* key) override;
-    int init() override;
-    void release() override;
     void resetRender(int position) override;
-    void reconfig() override;
-    MVNFrame* processImage(int position, MVNFrame* frame) override;
     void setGeometry(const MVNRect& rect) override;
     void updateCanvas(MVNFrame* frame) override;
-    void _OnConnected(MVNService* service) override;
-    void _OnDisconnected(MVNService* service) override;
     MVNFilter* _alloc() override;
     void _OnVisibleChanged(bool visible) override;
     void _OnRotationChanged(int rotation) override;
@@ -53,23 +44,35 @@ public:
     const MVNRect& pictureRect() const { return mPictureRect; }
     const MVNRect& backgroundRect() const { return mBackRect; }
 
+protected:
+    void _Config() override;
+    void _releaseFilterNode() override;
+    void _onInit() override;
+    void _onRelease() override;
+    void _onReconfig() override { mBackgroundDirty = true; }
+    void _SetUniform(const std::string& name) override;
+    void _SetZOrder(int zOrder) override;
+    void _OnOtherPropertyChanged(const char* key) override;
+    bool _beforeInput(int position) override;
+    bool _takeFrame(MVNFrame* frame) override;
+    void _render(int position, int inputType, int outputType) override;
+    const std::string& _outputRtt() const override { return mRttMain; }
+
 private:
-    void _Config();
     void _SetDefaultParameters(int width, int height);
-    void _SetUniform(const std::string& name);
-    void _SetZOrder(int zOrder);
     void _OnColorChanged(const MVNColor4B& color);
     void _OnResourceChanged(const std::string& path);
     void _OnTypeChanged(int type);
+    // The size of the picture file an image clip shows by name, into width
+    // and height; they stay as they are when it can't be loaded.
+    void _pictureFileSize(const std::string& texture, int& width, int& height);
     MVNFrame* _loadBgImage(const std::string& path);
     MVNFrame* _loadBgColor(const MVNColor4B& color);
     // Uploads a frame of any colour type to a node; false when it could not
     // be converted.
     bool _upload(MVNOgreTextureNodeImpl* node, MVNFrame* frame, const char* failure);
     // mLock held.
-    void _releaseFilterNode();
     void _swapBackground(MVNFrame* background);
-    MVNFrame* _fail(MVNFrame* frame);
 
     MVNOgreSceneManager* mSceneMain = nullptr;    // owned; the profile's size, draws into mRttMain
     MVNOgreTextureNodeImpl* mNodeBack = nullptr;  // blurred or coloured background, in mSceneMain
@@ -79,12 +82,9 @@ private:
     MVNOgreTextureNodeImpl* mNodeOut = nullptr;   // shows mRttMain for output kinds 1 and 4
     std::string mRttMain;                         // from "CanvasRtt"
     std::string mRttPass;                         // from "CanvasRttPass"
-    Mutex mLock;
-    bool mInited = false;                         // set by init, cleared by release
     bool mBackgroundDirty = true;                 // mBackground must be uploaded at the next frame
     bool mCanvasFed = false;                      // updateCanvas gave the blur its picture since the last frame
     MVNFrame* mBackground = nullptr;              // owned; null for the picture's own blur
-    float mFrameDuration = 0;                     // microseconds per frame of the profile
     MVNRect mPictureRect;                         // profile pixels, top-left origin, as last configured
     MVNRect mBackRect;
 };

@@ -2,8 +2,7 @@
 #include <string>
 
 #include "MVNOgreExport.h"
-#include "core/Mutex.h"
-#include "services/MVNFilter.h"
+#include "filters/MVNOgreFilterService.h"
 
 namespace Morvane {
 
@@ -20,24 +19,15 @@ class MVNProducer;
 // the quad in the shared scene; with the other kinds it draws into mSceneTwo,
 // whose texture is the filter's output (and is also shown in the group's
 // scene for kind 4). Every "ufm" property goes to every node.
-//
-// mLock orders _Config, the release of the scenes and processImage.
-class MVN_OGRE_API MVNFilterSample2 : public MVNFilter {
+class MVN_OGRE_API MVNFilterSample2 : public MVNOgreFilterService {
 public:
     MVNFilterSample2(const MVNProfile& profile, const char* resourceOne, const char* resourceTwo);
     ~MVNFilterSample2() override;
     MVNFilterSample2(const MVNFilterSample2&) = delete;
     MVNFilterSample2& operator=(const MVNFilterSample2&) = delete;
 
-    void _OnPropertyChanged(const char* key) override;
-    int init() override;
-    void release() override;
     void resetRender(int position) override;
-    void reconfig() override;
-    MVNFrame* processImage(int position, MVNFrame* frame) override;
     void setGeometry(const MVNRect& rect) override;
-    void _OnConnected(MVNService* service) override;
-    void _OnDisconnected(MVNService* service) override;
     MVNFilter* _alloc() override;
     void _OnVisibleChanged(bool visible) override;
     void _OnRotationChanged(int rotation) override;
@@ -47,14 +37,18 @@ public:
     const std::string& rttTwo() const { return mRttTwo; }
     bool hasSceneTwo() const { return mSceneTwo != nullptr; }
 
+protected:
+    void _Config() override;
+    void _releaseFilterNode() override;
+    void _SetUniform(const std::string& name) override;
+    void _SetZOrder(int zOrder) override;
+    bool _beforeInput(int position) override;
+    bool _takeFrame(MVNFrame* frame) override;
+    void _render(int position, int inputType, int outputType) override;
+    const std::string& _outputRtt() const override { return mRttTwo; }
+
 private:
-    void _Config();
     void _SetDefaultParameters(int width, int height);
-    void _SetUniformFloat(const std::string& name, float value);
-    void _SetZOrder(int zOrder);
-    // mLock held.
-    void _releaseFilterNode();
-    MVNFrame* _fail(MVNFrame* frame);
 
     MVNOgreSceneManager* mSceneOne = nullptr;  // owned; render thread builds and deletes it
     MVNOgreSceneManager* mSceneTwo = nullptr;  // owned; only for output kinds 2 to 4
@@ -63,9 +57,6 @@ private:
     MVNOgreTextureNodeImpl* mNodeOut = nullptr;  // what the shared or group scene shows
     std::string mRttOne;                       // from "CanvasRttPass"
     std::string mRttTwo;                       // from "CanvasRttPass2"
-    Mutex mLock;
-    bool mInited = false;                      // set by init, cleared by release
-    float mFrameDuration = 0;                  // microseconds per frame of the profile
 };
 
 }  // namespace Morvane

@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/MVNDoubleFrame.h"
 #include "readers/MVNOgreRenderReader.h"
@@ -42,6 +43,10 @@ public:
     int getMode() const { return mMode; }
     // Level of multisampling the target was made with.
     int getFSAA() const { return mFSAA; }
+    // Whether the last frame drawn was multisampled. With the automatic
+    // choice the reader keeps a single-sampled twin of its target and draws
+    // a frame there whenever multisampling would change no pixel of it.
+    bool lastFrameMultisampled() const { return mLastMultisampled; }
 
     // The engine's hook at the end of a target update: in async mode the
     // picture is copied into a pooled frame here.
@@ -54,7 +59,9 @@ protected:
     virtual const char* tag() const;
     // The target to draw and read; the texture's for RTT, the window for
     // direct. Null when there is none.
-    virtual Ogre::RenderTarget* target() { return mRenderTarget; }
+    virtual Ogre::RenderTarget* target() { return mCurrentTarget ? mCurrentTarget : mRenderTarget; }
+    // Picks the target of the coming frame (see lastFrameMultisampled).
+    void chooseTarget();
     void attachHook(Ogre::RenderTarget* target);
     void detachHook();
     // Copies the target's picture into `dst` (width * height * 4 bytes).
@@ -79,7 +86,13 @@ protected:
     MVNFrameListener* mFrameListener = nullptr;
     int mFSAA = 0;
     std::unique_ptr<TargetHook> mHook;
-    Ogre::RenderTarget* mHookedTarget = nullptr;
+    std::vector<Ogre::RenderTarget*> mHookedTargets;
+    // The single-sampled twin of mRenderTarget, only with the automatic
+    // choice, and the one the current frame is drawn into.
+    std::shared_ptr<Ogre::Texture> mPlainTexture;
+    Ogre::RenderTarget* mPlainTarget = nullptr;
+    Ogre::RenderTarget* mCurrentTarget = nullptr;
+    bool mLastMultisampled = false;
 };
 
 }  // namespace Morvane

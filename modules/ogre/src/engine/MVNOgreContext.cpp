@@ -97,7 +97,9 @@ bool MVNOgreContext::resetRenderReader(int type, bool antiAliasing) {
     }
     // The readers' texture has a fixed name: the next reader makes it anew.
     Ogre::TextureManager& tm = Ogre::TextureManager::getSingleton();
-    if (tm.resourceExists("RttTex", Ogre::RGN_DEFAULT)) tm.remove("RttTex", Ogre::RGN_DEFAULT);
+    for (const char* name : {"RttTex", "RttTexPlain"}) {
+        if (tm.resourceExists(name, Ogre::RGN_DEFAULT)) tm.remove(name, Ogre::RGN_DEFAULT);
+    }
     mRenderReader = MVNOgreRenderReader::create(this, static_cast<MVNOgreRenderReaderType>(type), antiAliasing);
     return mRenderReader != nullptr;
 }

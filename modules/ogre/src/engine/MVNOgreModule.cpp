@@ -13,6 +13,7 @@
 #include "core/MVNLog.h"
 #include "MVNOgreExport.h"
 #include "engine/MVNOgreManager.h"
+#include "engine/MVNOgreMultisampleChoice.h"
 #include "engine/MVNOgreRenderSystem.h"
 #include "readers/MVNOgreRenderReader.h"
 #include "scene/MVNOgreRenderTexture.h"
@@ -77,8 +78,10 @@ MVNRenderSystem* createOgreRenderSystem(const MVNProfile* profile, const MVNProp
         // 0 stands for the profile's size.
         int renderWinWidth = props.getInt32("render_win_width", 0);
         int renderWinHeight = props.getInt32("render_win_height", 0);
-        // Multisampling stays on unless the host trades it for speed.
+        // Multisampling stays on unless the host trades it for speed; unsaid,
+        // each frame is multisampled only where it changes a pixel.
         MVNOgreManager::getSingleton()->setAntiAliasing(props.getBoolean("anti_aliasing", true));
+        MVNOgreMultisampleChoice::setAutomatic(!props.has("anti_aliasing"));
         // How frames are read back where no marker file says: "rtt" (the
         // default), "rtt_sample", "direct" or "gl".
         std::string reader = props.getString("reader", "rtt");

@@ -41,11 +41,6 @@ const int kPictureZ = 1;
 // still shows its details once the background is enlarged to the frame.
 const float kDefaultSpread = 5.0f;
 
-bool configuresAtOnce() {
-    MVNMode mode = MVNManager::getSingleton()->getMode();
-    return mode == MVN_MODE_EDIT || mode == MVN_MODE_PREVIEW;
-}
-
 // `size` centred in `box`.
 MVNRect centred(const MVNSize& size, const MVNRect& box) {
     return MVNRect(box.x + (box.width - size.width) / 2, box.y + (box.height - size.height) / 2, size.width,
@@ -61,7 +56,7 @@ MVNSize covering(const MVNSize& size, const MVNSize& box) {
 }  // namespace
 
 MVNFilterCanvas::MVNFilterCanvas(const MVNProfile& profile, int canvasType)
-    : MVNFilter(profile, MVN_FILTER_VIDEO, MVN_FILTER_USE_CANVAS) {
+    : MVNOgreFilterService(profile, MVN_FILTER_USE_CANVAS, kTag) {
     block();
     setInt32("canvasType", canvasType);
     setString("resource", "");
@@ -72,8 +67,6 @@ MVNFilterCanvas::MVNFilterCanvas(const MVNProfile& profile, int canvasType)
     genStringId("filter");
     mRttMain = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRtt");
     mRttPass = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRttPass");
-    double fps = profile.fps();
-    mFrameDuration = fps > 0 ? static_cast<float>(1e6 / fps) : 0.0f;
 }
 
 MVNFilterCanvas::~MVNFilterCanvas() {
@@ -86,8 +79,7 @@ MVNFilterCanvas::~MVNFilterCanvas() {
 
 MVNFilter* MVNFilterCanvas::_alloc() { return new MVNFilterCanvas(profile(), getInt32("canvasType", 0)); }
 
-int MVNFilterCanvas::init() {
-    AutoLock guard(mLock);
+void MVNFilterCanvas::_onInit() {
     int type = getInt32("canvasType", kCanvasBlur);
     if (type == kCanvasColor) {
         mBackground = _loadBgColor(getColor("color", MVNColor4B(0, 0, 0, 255)));
@@ -100,16 +92,11 @@ int MVNFilterCanvas::init() {
         }
     }
     mBackgroundDirty = true;
-    mInited = true;
-    return 0;
 }
 
-void MVNFilterCanvas::release() {
-    AutoLock guard(mLock);
-    _releaseFilterNode();
+void MVNFilterCanvas::_onRelease() {
     if (mBackground) MVNFrame::pushBackPool(mBackground);
     mBackground = nullptr;
-    mInited = false;
     mBackgroundDirty = true;
 }
 
@@ -129,27 +116,6 @@ void MVNFilterCanvas::_SetZOrder(int zOrder) {
     // Only the shown quad has a place among the clips; the private scene
     // keeps its own order.
     if (mNodeOut) mNodeOut->setZOrder(zOrder);
-}
-
-void MVNFilterCanvas::reconfig() {
-    {
-        AutoLock guard(mLock);
-        _releaseFilterNode();
-        mBackgroundDirty = true;
-    }
-    _Config();
-}
-
-void MVNFilterCanvas::_OnConnected(MVNService* service) {
-    log_debug(kTag, "%s _OnConnected...", getStringId().c_str());
-    if (configuresAtOnce()) _Config();
-    log_debug(kTag, "%s _OnConnected done", getStringId().c_str());
-}
-
-void MVNFilterCanvas::_OnDisconnected(MVNService* service) {
-    log_debug(kTag, "%s _OnDisconnected", getStringId().c_str());
-    AutoLock guard(mLock);
-    _releaseFilterNode();
 }
 
 void MVNFilterCanvas::_Config() {
@@ -172,6 +138,14 @@ void MVNFilterCanvas::_Config() {
     const int pw = profile().width();
     const int ph = profile().height();
     const MVNRect frame(0, 0, static_cast<float>(pw), static_cast<float>(ph));
+    std::string inputTexture;
+    if (!_inputTexture(producer, inputType, inputTexture)) return;
+    if (inputType == MVN_INPUT_FRAME && !inputTexture.empty()) {
+        // An image clip names the profile's size as its own and lets its
+        // quad stretch the file; the canvas shows the picture at the size
+        // the file has.
+        _pictureFileSize(inputTexture, width, height);
+    }
     bool blurred = mBackground == nullptr || type != kCanvasColor;
     int passW = mBackground ? mBackground->width() : width;
     int passH = mBackground ? mBackground->height() : height;
@@ -185,20 +159,6 @@ void MVNFilterCanvas::_Config() {
         "createSceneManager");
     log_debug(kTag, "%s inputType:%s outputType:%s", getStringId().c_str(), getInputName(inputType),
               getOutputName(outputType));
-
-    std::string inputTexture;
-    if (inputType == MVN_INPUT_FRAME) {
-        if (producer->getString("service", "") == "ogre.image") inputTexture = producer->getString("resource", "");
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        inputTexture = getString("_inputRtt", "");
-        if (inputTexture.empty()) {
-            log_error(kTag, "filter input rtt not set");
-            return;
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return;
-    }
 
     // The picture, never enlarged, fitted and centred in its clip's place
     // (the whole frame unless the clip was given one).
@@ -251,6 +211,28 @@ void MVNFilterCanvas::_Config() {
     log_debug(kTag, "%s %s _Config done", getStringId().c_str(), resource.c_str());
 }
 
+void MVNFilterCanvas::_pictureFileSize(const std::string& texture, int& width, int& height) {
+    int w = 0;
+    int h = 0;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [&]() {
+            try {
+                Ogre::TexturePtr picture = Ogre::TextureManager::getSingleton().load(texture, Ogre::RGN_AUTODETECT);
+                if (picture) {
+                    w = static_cast<int>(picture->getSrcWidth());
+                    h = static_cast<int>(picture->getSrcHeight());
+                }
+            } catch (const std::exception& e) {
+                log_error(kTag, "%s picture %s not loaded: %s", getStringId().c_str(), texture.c_str(), e.what());
+            }
+        },
+        "canvasPictureSize");
+    if (w > 0 && h > 0) {
+        width = w;
+        height = h;
+    }
+}
+
 void MVNFilterCanvas::_SetDefaultParameters(int width, int height) {
     bool colour = getInt32("canvasType", kCanvasBlur) == kCanvasColor;
     MVNOgreManager::getSingleton()->callRenderableWait(
@@ -296,21 +278,8 @@ void MVNFilterCanvas::_SetUniform(const std::string& name) {
         "setUniform");
 }
 
-void MVNFilterCanvas::_OnPropertyChanged(const char* key) {
-    if (key == nullptr) return;
-    log_debug(kTag, "%s _OnPropertyChanged %s", getStringId().c_str(), key);
-    if (std::strcmp(key, "_inputType") == 0 || std::strcmp(key, "_outputType") == 0 ||
-        std::strcmp(key, "_inputRtt") == 0) {
-        if (configuresAtOnce()) reconfig();
-    } else if (std::strncmp(key, "ufm", 3) == 0) {
-        MVNService* service = connectedService();
-        if (service != nullptr && service->getString("service", "") == "stb_image") {
-            service->setBoolean("_stdImageFilterRefresh", true);
-        }
-        _SetUniform(key);
-    } else if (std::strcmp(key, "_zOrder") == 0) {
-        _SetZOrder(getInt32("_zOrder", 0));
-    } else if (std::strcmp(key, "color") == 0) {
+void MVNFilterCanvas::_OnOtherPropertyChanged(const char* key) {
+    if (std::strcmp(key, "color") == 0) {
         if (mInited) _OnColorChanged(getColor("color", MVNColor4B(0, 0, 0, 1)));
     } else if (std::strcmp(key, "resource") == 0) {
         if (mInited) _OnResourceChanged(getString("resource", ""));
@@ -423,19 +392,10 @@ MVNFrame* MVNFilterCanvas::_loadBgColor(const MVNColor4B& color) {
 
 bool MVNFilterCanvas::_upload(MVNOgreTextureNodeImpl* node, MVNFrame* frame, const char* failure) {
     if (node == nullptr || frame == nullptr) return true;
-    if (frame->colorFormat() == MVN_COLOR_BGRA) {
-        if (frame->buffer()) node->updateTexture(frame->buffer()->ptr(), frame->width(), frame->height());
-        return true;
-    }
-    if (frame->colorFormat() == MVN_COLOR_BLANK || frame->colorFormat() == MVN_COLOR_RTT) return true;
-    MVNByteBuffer* converted = nullptr;
-    if (frame->getImage(&converted, MVN_COLOR_BGRA) != 0 || converted == nullptr) {
-        log_error(kTag, failure, getStringId().c_str());
-        return false;
-    }
-    node->updateTexture(converted->ptr(), frame->width(), frame->height());
-    MVNByteBufferPool::sRelease(converted);
-    return true;
+    if (frame->colorFormat() == MVN_COLOR_RTT) return true;
+    return _uploadPixels(
+        frame, [node](unsigned char* data, int width, int height) { node->updateTexture(data, width, height); },
+        failure);
 }
 
 void MVNFilterCanvas::updateCanvas(MVNFrame* frame) {
@@ -444,60 +404,32 @@ void MVNFilterCanvas::updateCanvas(MVNFrame* frame) {
     if (_upload(mNodePass, frame, "%s, updateCanvas failed,  convert color failed")) mCanvasFed = true;
 }
 
-MVNFrame* MVNFilterCanvas::_fail(MVNFrame* frame) {
-    if (frame) MVNFrame::pushBackPool(frame);
-    return nullptr;
-}
-
-MVNFrame* MVNFilterCanvas::processImage(int position, MVNFrame* frame) {
-    AutoLock guard(mLock);
-    if (!mInited) {
-        log_error(kTag, "%s processImage failed, not init", getStringId().c_str());
-        return _fail(frame);
-    }
-    int inputType = getInt32("_inputType", MVN_INPUT_NONE);
-    int outputType = getInt32("_outputType", MVN_OUTPUT_NONE);
-    int type = getInt32("canvasType", kCanvasBlur);
-    block();
-    setInt32("_frames", position);
-    unblock();
+bool MVNFilterCanvas::_beforeInput(int position) {
     for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
         if (node) node->setVisible(true);
     }
-
     if (mBackground && mBackgroundDirty) {
+        int type = getInt32("canvasType", kCanvasBlur);
         MVNOgreTextureNodeImpl* target = type == kCanvasColor ? mNodeBack : mNodePass;
-        if (!_upload(target, mBackground, "%s convert color failed")) return _fail(frame);
+        if (!_upload(target, mBackground, "%s convert color failed")) return false;
         if (target) mBackgroundDirty = false;
     }
+    return true;
+}
 
-    if (inputType == MVN_INPUT_FRAME) {
-        if (frame != nullptr) {
-            // Without a picture of its own the blur reads the clip's, unless
-            // the host already gave it the unscaled one.
-            bool feedsBlur = mBackground == nullptr && mNodePass != nullptr && !mCanvasFed;
-            if (!_upload(mNodePicture, frame, "%s convert color failed")) return _fail(frame);
-            if (feedsBlur) _upload(mNodePass, frame, "%s convert color failed");
-        }
-        mCanvasFed = false;
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        if (frame != nullptr) {
-            if (frame->colorFormat() != MVN_COLOR_RTT) {
-                log_error(kTag, "filter not support color %s", getColorFormatName(frame->colorFormat()));
-                return _fail(frame);
-            }
-            std::string expected = getString("_inputRtt", "");
-            if (frame->rtt() != expected) {
-                log_error(kTag, "%s input rtt error %s->%s", getStringId().c_str(), frame->rtt().c_str(),
-                          expected.c_str());
-                return _fail(frame);
-            }
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return _fail(frame);
+bool MVNFilterCanvas::_takeFrame(MVNFrame* frame) {
+    if (frame != nullptr) {
+        // Without a picture of its own the blur reads the clip's, unless
+        // the host already gave it the unscaled one.
+        bool feedsBlur = mBackground == nullptr && mNodePass != nullptr && !mCanvasFed;
+        if (!_upload(mNodePicture, frame, "%s convert color failed")) return false;
+        if (feedsBlur) _upload(mNodePass, frame, "%s convert color failed");
     }
+    mCanvasFed = false;
+    return true;
+}
 
+void MVNFilterCanvas::_render(int position, int inputType, int outputType) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [this]() {
             for (MVNOgreSceneManager* scene : {mScenePass, mSceneMain}) {
@@ -505,28 +437,6 @@ MVNFrame* MVNFilterCanvas::processImage(int position, MVNFrame* frame) {
             }
         },
         "canvasRender");
-
-    std::string outputRtt;
-    if (outputType == MVN_OUTPUT_SCENE) {
-        // The composed canvas is the quad of the shared scene.
-    } else if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN ||
-               outputType == MVN_OUTPUT_RTT_NODE) {
-        outputRtt = mRttMain;
-    } else {
-        log_error(kTag, "error output type %s", getOutputName(outputType));
-        return _fail(frame);
-    }
-    MVNFrame* out = MVNFrame::pullFromPool(1);
-    if (out == nullptr) {
-        log_error(kTag, "processImage failed, pull frame error");
-        return _fail(frame);
-    }
-    out->setRtt(outputRtt);
-    out->setWidth(0);
-    out->setHeight(0);
-    out->setColorFormat(MVN_COLOR_RTT);
-    if (frame) MVNFrame::pushBackPool(frame);
-    return out;
 }
 
 void MVNFilterCanvas::setGeometry(const MVNRect& rect) {

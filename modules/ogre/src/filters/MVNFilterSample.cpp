@@ -25,18 +25,10 @@ namespace Morvane {
 
 namespace {
 const char* const kTag = "MVNFilterSample";
-
-
-// The chain properties of a filter are applied at once only while editing
-// or previewing; the render modes configure when they are told to.
-bool configuresAtOnce() {
-    MVNMode mode = MVNManager::getSingleton()->getMode();
-    return mode == MVN_MODE_EDIT || mode == MVN_MODE_PREVIEW;
-}
 }  // namespace
 
 MVNFilterSample::MVNFilterSample(const MVNProfile& profile, const char* resource, MVNFilterTypeUse use)
-    : MVNFilter(profile, MVN_FILTER_VIDEO, use) {
+    : MVNOgreFilterService(profile, use, kTag) {
     block();
     setString("resource", resource ? resource : "");
     setString("service", "ogre.filter.sample");
@@ -45,8 +37,6 @@ MVNFilterSample::MVNFilterSample(const MVNProfile& profile, const char* resource
     _PropertiesInit(resource ? resource : "");
     mFilterRtt = MVNGeneratorStringId::getSingleton()->genStringId("FilterRtt");
     mLutTextureName = MVNGeneratorStringId::getSingleton()->genStringId("LutFilterTexture");
-    double fps = profile.fps();
-    mFrameDuration = fps > 0 ? static_cast<float>(1e6 / fps) : 0.0f;
 }
 
 MVNFilterSample::~MVNFilterSample() {
@@ -66,45 +56,13 @@ void MVNFilterSample::_PropertiesInit(const std::string& resource) {
     MVNFilterParameters(*this, resource, nullptr, nullptr, none, 0).writeDefaults();
 }
 
-int MVNFilterSample::init() {
-    AutoLock guard(mLock);
-    mInited = true;
-    return 0;
-}
-
-void MVNFilterSample::release() {
-    AutoLock guard(mLock);
-    _releaseFilterNode();
-    mInited = false;
-}
-
 void MVNFilterSample::resetRender(int position) {
     if (mFilterNode) mFilterNode->setVisible(false);
-}
-
-void MVNFilterSample::reconfig() {
-    {
-        AutoLock guard(mLock);
-        _releaseFilterNode();
-    }
-    _Config();
-}
-
-void MVNFilterSample::_OnConnected(MVNService* service) {
-    log_debug(kTag, "%s _OnConnected...", getStringId().c_str());
-    if (configuresAtOnce()) _Config();
-    log_debug(kTag, "%s _OnConnected done", getStringId().c_str());
 }
 
 bool MVNFilterSample::drawsPicture() {
     AutoLock guard(mLock);
     return mFilterNode != nullptr;
-}
-
-void MVNFilterSample::_OnDisconnected(MVNService* service) {
-    log_debug(kTag, "%s _OnDisconnected", getStringId().c_str());
-    AutoLock guard(mLock);
-    _releaseFilterNode();
 }
 
 void MVNFilterSample::_Config() {
@@ -129,19 +87,7 @@ void MVNFilterSample::_Config() {
               getOutputName(outputType));
 
     std::string inputTexture;
-    if (inputType == MVN_INPUT_FRAME) {
-        // An image the engine can load by name shows until the first upload.
-        if (producer->getString("service", "") == "ogre.image") inputTexture = producer->getString("resource", "");
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        inputTexture = getString("_inputRtt", "");
-        if (inputTexture.empty()) {
-            log_error(kTag, "filter input rtt not set");
-            return;
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return;
-    }
+    if (!_inputTexture(producer, inputType, inputTexture)) return;
 
     switch (outputType) {
         case MVN_OUTPUT_SCENE: {
@@ -200,41 +146,7 @@ void MVNFilterSample::_SetZOrder(int zOrder) {
     if (mFilterNode) mFilterNode->setZOrder(zOrder);
 }
 
-void MVNFilterSample::_OnPropertyChanged(const char* key) {
-    if (key == nullptr) return;
-    log_debug(kTag, "%s _OnPropertyChanged %s", getStringId().c_str(), key);
-    if (std::strcmp(key, "_inputType") == 0 || std::strcmp(key, "_outputType") == 0 ||
-        std::strcmp(key, "_inputRtt") == 0) {
-        if (configuresAtOnce()) reconfig();
-    } else if (std::strncmp(key, "ufm", 3) == 0) {
-        // A still picture must be drawn again although its position stays.
-        MVNService* service = connectedService();
-        if (service != nullptr && service->getString("service", "") == "stb_image") {
-            service->setBoolean("_stdImageFilterRefresh", true);
-        }
-        _SetUniform(key);
-    } else if (std::strcmp(key, "_zOrder") == 0) {
-        _SetZOrder(getInt32("_zOrder", 0));
-    }
-}
-
-MVNFrame* MVNFilterSample::_fail(MVNFrame* frame) {
-    if (frame) MVNFrame::pushBackPool(frame);
-    return nullptr;
-}
-
-MVNFrame* MVNFilterSample::processImage(int position, MVNFrame* frame) {
-    AutoLock guard(mLock);
-    if (!mInited) {
-        log_error(kTag, "%s processImage failed, not init", getStringId().c_str());
-        return _fail(frame);
-    }
-    int inputType = getInt32("_inputType", MVN_INPUT_NONE);
-    int outputType = getInt32("_outputType", MVN_OUTPUT_NONE);
-    block();
-    setInt32("_frames", position);
-    unblock();
-
+bool MVNFilterSample::_beforeInput(int position) {
     MVNProducer* producer = _producer();
     std::string resource = getString("resource", "");
     const MVNFilterCatalogueEntry* entry = MVNFilterCatalogue::find(resource);
@@ -251,70 +163,24 @@ MVNFrame* MVNFilterSample::processImage(int position, MVNFrame* frame) {
         mFilterNode->setVisible(true);
         _processUniform(position);
     }
+    return true;
+}
 
-    if (inputType == MVN_INPUT_FRAME) {
-        if (frame != nullptr) {
-            if (frame->colorFormat() == MVN_COLOR_BGRA) {
-                if (mFilterNode && frame->buffer()) {
-                    mFilterNode->updateTexture(frame->buffer()->ptr(), frame->width(), frame->height());
-                }
-            } else if (frame->colorFormat() != MVN_COLOR_BLANK) {
-                MVNByteBuffer* converted = nullptr;
-                if (frame->getImage(&converted, MVN_COLOR_BGRA) != 0 || converted == nullptr) {
-                    log_error(kTag, "%s convert color failed", getStringId().c_str());
-                    return _fail(frame);
-                }
-                if (mFilterNode) mFilterNode->updateTexture(converted->ptr(), frame->width(), frame->height());
-                MVNByteBufferPool::sRelease(converted);
-            }
-        }
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        if (frame != nullptr) {
-            if (frame->colorFormat() != MVN_COLOR_RTT) {
-                log_error(kTag, "filter not support color %s", getColorFormatName(frame->colorFormat()));
-                return _fail(frame);
-            }
-            std::string expected = getString("_inputRtt", "");
-            if (frame->rtt() != expected) {
-                log_error(kTag, "%s input rtt error %s->%s", getStringId().c_str(), frame->rtt().c_str(),
-                          expected.c_str());
-                return _fail(frame);
-            }
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return _fail(frame);
-    }
+bool MVNFilterSample::_takeFrame(MVNFrame* frame) {
+    if (frame == nullptr) return true;
+    return _uploadPixels(
+        frame,
+        [this](unsigned char* data, int width, int height) {
+            if (mFilterNode) mFilterNode->updateTexture(data, width, height);
+        },
+        "%s convert color failed");
+}
 
-    if (mFilterNode == nullptr && frame != nullptr) {
-        // Configuration failed (its reason is in the log): the filter stands
-        // aside and the picture goes on as it came, so the clip stays drawn.
-        return frame;
+void MVNFilterSample::_render(int position, int inputType, int outputType) {
+    if (mFilterNode == nullptr) return;
+    if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN || outputType == MVN_OUTPUT_RTT_NODE) {
+        mFilterNode->render(inputType == MVN_INPUT_FRAME ? position : getInt32("_frames", position));
     }
-    std::string outputRtt;
-    if (outputType == MVN_OUTPUT_SCENE) {
-        // Nothing to draw now: the quad is drawn with the shared scene.
-    } else if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN ||
-               outputType == MVN_OUTPUT_RTT_NODE) {
-        if (mFilterNode) mFilterNode->render(inputType == MVN_INPUT_FRAME ? position : getInt32("_frames", position));
-        outputRtt = mFilterRtt;
-    } else {
-        log_error(kTag, "error output type %s", getOutputName(outputType));
-        return _fail(frame);
-    }
-    MVNFrame* out = MVNFrame::pullFromPool(1);
-    if (out == nullptr) {
-        log_error(kTag, "processImage failed, pull frame error");
-        return _fail(frame);
-    }
-    // A frame that names no texture (the picture stays in the scene) is
-    // still a render-texture frame: it carries no pixels.
-    out->setRtt(outputRtt);
-    out->setWidth(0);
-    out->setHeight(0);
-    out->setColorFormat(MVN_COLOR_RTT);
-    if (frame) MVNFrame::pushBackPool(frame);
-    return out;
 }
 
 void MVNFilterSample::_processUniform(int position) {

@@ -27,13 +27,6 @@ const char* const kTag = "Morvane::MVNFilterSample2";
 
 using PlaneNode = MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>;
 
-// As for the one-pass filter: the chain applies at once only while editing
-// or previewing.
-bool configuresAtOnce() {
-    MVNMode mode = MVNManager::getSingleton()->getMode();
-    return mode == MVN_MODE_EDIT || mode == MVN_MODE_PREVIEW;
-}
-
 // Scenes are engine objects: built on the render thread, and the current
 // render target follows the new one.
 MVNOgreSceneManager* createScene(int width, int height, const std::string& rtt, const char* step) {
@@ -49,7 +42,7 @@ MVNOgreSceneManager* createScene(int width, int height, const std::string& rtt, 
 }  // namespace
 
 MVNFilterSample2::MVNFilterSample2(const MVNProfile& profile, const char* resourceOne, const char* resourceTwo)
-    : MVNFilter(profile, MVN_FILTER_VIDEO, MVN_FILTER_USE_NORMAL) {
+    : MVNOgreFilterService(profile, MVN_FILTER_USE_NORMAL, kTag) {
     block();
     if (resourceOne) setString("resource_one", resourceOne);
     if (resourceTwo) setString("resource_two", resourceTwo);
@@ -58,8 +51,6 @@ MVNFilterSample2::MVNFilterSample2(const MVNProfile& profile, const char* resour
     genStringId("filter");
     mRttOne = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRttPass");
     mRttTwo = MVNGeneratorStringId::getSingleton()->genStringId("CanvasRttPass2");
-    double fps = profile.fps();
-    mFrameDuration = fps > 0 ? static_cast<float>(1e6 / fps) : 0.0f;
 }
 
 MVNFilterSample2::~MVNFilterSample2() {
@@ -71,18 +62,6 @@ MVNFilterSample2::~MVNFilterSample2() {
 MVNFilter* MVNFilterSample2::_alloc() {
     return new MVNFilterSample2(profile(), getString("resource_one", "").c_str(),
                                 getString("resource_two", "").c_str());
-}
-
-int MVNFilterSample2::init() {
-    AutoLock guard(mLock);
-    mInited = true;
-    return 0;
-}
-
-void MVNFilterSample2::release() {
-    AutoLock guard(mLock);
-    _releaseFilterNode();
-    mInited = false;
 }
 
 void MVNFilterSample2::resetRender(int position) {
@@ -101,26 +80,6 @@ void MVNFilterSample2::_SetZOrder(int zOrder) {
     for (MVNOgreTextureNodeImpl* node : {mNodeOne, mNodeTwo, mNodeOut}) {
         if (node) node->setZOrder(zOrder);
     }
-}
-
-void MVNFilterSample2::reconfig() {
-    {
-        AutoLock guard(mLock);
-        _releaseFilterNode();
-    }
-    _Config();
-}
-
-void MVNFilterSample2::_OnConnected(MVNService* service) {
-    log_debug(kTag, "%s _OnConnected...", getStringId().c_str());
-    if (configuresAtOnce()) _Config();
-    log_debug(kTag, "%s _OnConnected done", getStringId().c_str());
-}
-
-void MVNFilterSample2::_OnDisconnected(MVNService* service) {
-    log_debug(kTag, "%s _OnDisconnected", getStringId().c_str());
-    AutoLock guard(mLock);
-    _releaseFilterNode();
 }
 
 void MVNFilterSample2::_Config() {
@@ -146,18 +105,7 @@ void MVNFilterSample2::_Config() {
               getOutputName(outputType));
 
     std::string inputTexture;
-    if (inputType == MVN_INPUT_FRAME) {
-        if (producer->getString("service", "") == "ogre.image") inputTexture = producer->getString("resource", "");
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        inputTexture = getString("_inputRtt", "");
-        if (inputTexture.empty()) {
-            log_error(kTag, "filter input rtt not set");
-            return;
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return;
-    }
+    if (!_inputTexture(producer, inputType, inputTexture)) return;
 
     // The private passes fill their scenes: a plane is built centred at its
     // full size, so they need no geometry.
@@ -212,7 +160,8 @@ void MVNFilterSample2::_SetDefaultParameters(int width, int height) {
         "setDefParams");
 }
 
-void MVNFilterSample2::_SetUniformFloat(const std::string& name, float value) {
+void MVNFilterSample2::_SetUniform(const std::string& name) {
+    float value = static_cast<float>(getDouble(name.c_str(), 0.0));
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
             for (MVNOgreTextureNodeImpl* node : {mNodeOne, mNodeTwo, mNodeOut}) {
@@ -222,78 +171,24 @@ void MVNFilterSample2::_SetUniformFloat(const std::string& name, float value) {
         "setUniformFloat");
 }
 
-void MVNFilterSample2::_OnPropertyChanged(const char* key) {
-    if (key == nullptr) return;
-    log_debug(kTag, "%s _OnPropertyChanged %s", getStringId().c_str(), key);
-    if (std::strcmp(key, "_inputType") == 0 || std::strcmp(key, "_outputType") == 0 ||
-        std::strcmp(key, "_inputRtt") == 0) {
-        if (configuresAtOnce()) reconfig();
-    } else if (std::strncmp(key, "ufm", 3) == 0) {
-        // A still picture must be drawn again although its position stays.
-        MVNService* service = connectedService();
-        if (service != nullptr && service->getString("service", "") == "stb_image") {
-            service->setBoolean("_stdImageFilterRefresh", true);
-        }
-        _SetUniformFloat(key, static_cast<float>(getDouble(key, 0.0)));
-    } else if (std::strcmp(key, "_zOrder") == 0) {
-        _SetZOrder(getInt32("_zOrder", 0));
-    }
-}
-
-MVNFrame* MVNFilterSample2::_fail(MVNFrame* frame) {
-    if (frame) MVNFrame::pushBackPool(frame);
-    return nullptr;
-}
-
-MVNFrame* MVNFilterSample2::processImage(int position, MVNFrame* frame) {
-    AutoLock guard(mLock);
-    if (!mInited) {
-        log_error(kTag, "%s processImage failed, not init", getStringId().c_str());
-        return _fail(frame);
-    }
-    int inputType = getInt32("_inputType", MVN_INPUT_NONE);
-    int outputType = getInt32("_outputType", MVN_OUTPUT_NONE);
-    block();
-    setInt32("_frames", position);
-    unblock();
+bool MVNFilterSample2::_beforeInput(int position) {
     for (MVNOgreTextureNodeImpl* node : {mNodeOne, mNodeTwo, mNodeOut}) {
         if (node) node->setVisible(true);
     }
+    return true;
+}
 
-    if (inputType == MVN_INPUT_FRAME) {
-        if (frame != nullptr) {
-            if (frame->colorFormat() == MVN_COLOR_BGRA) {
-                if (mNodeOne && frame->buffer()) {
-                    mNodeOne->updateTexture(frame->buffer()->ptr(), frame->width(), frame->height());
-                }
-            } else if (frame->colorFormat() != MVN_COLOR_BLANK) {
-                MVNByteBuffer* converted = nullptr;
-                if (frame->getImage(&converted, MVN_COLOR_BGRA) != 0 || converted == nullptr) {
-                    log_error(kTag, "%s convert color failed", getStringId().c_str());
-                    return _fail(frame);
-                }
-                if (mNodeOne) mNodeOne->updateTexture(converted->ptr(), frame->width(), frame->height());
-                MVNByteBufferPool::sRelease(converted);
-            }
-        }
-    } else if (inputType == MVN_INPUT_RTT || inputType == MVN_INPUT_GROUP_RTT) {
-        if (frame != nullptr) {
-            if (frame->colorFormat() != MVN_COLOR_RTT) {
-                log_error(kTag, "filter not support color %s", getColorFormatName(frame->colorFormat()));
-                return _fail(frame);
-            }
-            std::string expected = getString("_inputRtt", "");
-            if (frame->rtt() != expected) {
-                log_error(kTag, "%s input rtt error %s->%s", getStringId().c_str(), frame->rtt().c_str(),
-                          expected.c_str());
-                return _fail(frame);
-            }
-        }
-    } else {
-        log_error(kTag, "error input type %s", getInputName(inputType));
-        return _fail(frame);
-    }
+bool MVNFilterSample2::_takeFrame(MVNFrame* frame) {
+    if (frame == nullptr) return true;
+    return _uploadPixels(
+        frame,
+        [this](unsigned char* data, int width, int height) {
+            if (mNodeOne) mNodeOne->updateTexture(data, width, height);
+        },
+        "%s convert color failed");
+}
 
+void MVNFilterSample2::_render(int position, int inputType, int outputType) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [this]() {
             for (MVNOgreSceneManager* scene : {mSceneOne, mSceneTwo}) {
@@ -301,28 +196,6 @@ MVNFrame* MVNFilterSample2::processImage(int position, MVNFrame* frame) {
             }
         },
         "canvasRender");
-
-    std::string outputRtt;
-    if (outputType == MVN_OUTPUT_SCENE) {
-        // Pass two is the quad of the shared scene.
-    } else if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN ||
-               outputType == MVN_OUTPUT_RTT_NODE) {
-        outputRtt = mRttTwo;
-    } else {
-        log_error(kTag, "error output type %s", getOutputName(outputType));
-        return _fail(frame);
-    }
-    MVNFrame* out = MVNFrame::pullFromPool(1);
-    if (out == nullptr) {
-        log_error(kTag, "processImage failed, pull frame error");
-        return _fail(frame);
-    }
-    out->setRtt(outputRtt);
-    out->setWidth(0);
-    out->setHeight(0);
-    out->setColorFormat(MVN_COLOR_RTT);
-    if (frame) MVNFrame::pushBackPool(frame);
-    return out;
 }
 
 void MVNFilterSample2::setGeometry(const MVNRect& rect) {

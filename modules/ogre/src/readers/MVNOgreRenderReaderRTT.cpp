@@ -9,6 +9,7 @@
 #include "services/MVNFrameListener.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreContextBase.h"
+#include "engine/MVNOgreMultisampleChoice.h"
 
 namespace Morvane {
 
@@ -43,12 +44,27 @@ void MVNOgreRenderReaderRTT::attachHook(Ogre::RenderTarget* target) {
     if (!target) return;
     if (!mHook) mHook.reset(new TargetHook(this));
     target->addListener(mHook.get());
-    mHookedTarget = target;
+    mHookedTargets.push_back(target);
 }
 
 void MVNOgreRenderReaderRTT::detachHook() {
-    if (mHookedTarget && mHook) mHookedTarget->removeListener(mHook.get());
-    mHookedTarget = nullptr;
+    if (mHook) {
+        for (Ogre::RenderTarget* target : mHookedTargets) target->removeListener(mHook.get());
+    }
+    mHookedTargets.clear();
+}
+
+void MVNOgreRenderReaderRTT::chooseTarget() {
+    mCurrentTarget = mRenderTarget;
+    if (mPlainTarget) {
+        Ogre::Camera* camera = mContext->getCamera();
+        bool needed = MVNOgreMultisampleChoice::needed(camera ? camera->getSceneManager() : nullptr, camera, mWidth,
+                                                       mHeight);
+        if (!needed) mCurrentTarget = mPlainTarget;
+    }
+    bool multisampled = mCurrentTarget == mRenderTarget && mFSAA > 0;
+    if (multisampled != mLastMultisampled) log_debug(tag(), "multisampled:%d", multisampled);
+    mLastMultisampled = multisampled;
 }
 
 int MVNOgreRenderReaderRTT::init() {
@@ -64,6 +80,15 @@ int MVNOgreRenderReaderRTT::init() {
         attachHook(target);
         mRenderTarget = target;
         mTexture = texture;
+        if (mFSAA > 0 && MVNOgreMultisampleChoice::automatic()) {
+            // The twin: as createReadTexture makes "RttTex", single-sampled.
+            mPlainTexture = Ogre::TextureManager::getSingleton().createManual(
+                "RttTexPlain", Ogre::RGN_DEFAULT, Ogre::TEX_TYPE_2D, mWidth, mHeight, 0,
+                static_cast<Ogre::PixelFormat>(mPixelFormat), Ogre::TU_RENDERTARGET, nullptr, mGammaCorrection, 0);
+            mPlainTarget = mPlainTexture->getBuffer(0, 0)->getRenderTarget();
+            addReadViewport(mPlainTarget, camera);
+            attachHook(mPlainTarget);
+        }
     } catch (const std::exception& e) {
         log_error(t, "init error %s", e.what());
         return -1;
@@ -86,6 +111,9 @@ void MVNOgreRenderReaderRTT::release() {
     // is dropped here, before the root is deleted.
     mTexture.reset();
     mRenderTarget = nullptr;
+    mPlainTexture.reset();
+    mPlainTarget = nullptr;
+    mCurrentTarget = nullptr;
     MVNOgreRenderReader::release();
 }
 
@@ -105,6 +133,7 @@ MVNByteBuffer* MVNOgreRenderReaderRTT::getRenderImage() {
         mMode = MODE_SYNC;
         log_info(t, "changed to sync mode");
     }
+    chooseTarget();
     Ogre::RenderTarget* rt = target();
     if (!rt) {
         log_error(t, "getRenderImage failed, renderWin is null");
@@ -141,6 +170,7 @@ void MVNOgreRenderReaderRTT::updateRenderImage(int time) {
         log_error(t, "sync mode not support updateRenderImage");
         return;
     }
+    chooseTarget();
     Ogre::RenderTarget* rt = target();
     if (!rt) {
         log_error(t, "updateRenderImage failed, renderWin is null");

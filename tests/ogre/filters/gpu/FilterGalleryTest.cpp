@@ -8,10 +8,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 
 #include "FilterMediaHarness.h"
+#include "core/MVNByteBufferPool.h"
+#include "filters/MVNFilterCanvas.h"
 #include "filters/MVNFilterCatalogue.h"
 #include "filters/MVNFilterSample.h"
 #include "core/MVNFrame.h"
@@ -29,14 +32,15 @@ constexpr int H = 180;
 const std::map<std::string, std::string> kFamilyTitles = {
     {"adjust", "Colour adjustments"}, {"blur", "Blur, sharpen and mosaic"}, {"stylize", "Stylised pictures"},
     {"distort", "Distortions"},       {"motion", "Time-driven effects"},    {"look", "Colour looks"},
-    {"animation", "Clip animations"}, {"mask", "Masks"},                    {"lut", "3D lookup table"}};
+    {"animation", "Clip animations"}, {"mask", "Masks"},                    {"lut", "3D lookup table"},
+    {"canvas", "Canvas backgrounds"}};
 
-// The beach picture at the gallery's size, R,G,B,A; the test chart when the
-// picture can't be read.
-Image galleryPicture() {
-    MVNFrame* frame = MVNImage::loadFromFile(MVN_SOURCE_DIR "/examples/pictures/beach.png", W, H);
-    if (frame == nullptr || frame->buffer() == nullptr) return testChart(W, H);
-    Image img{W, H, std::vector<uint8_t>(W * H * 4)};
+// A bundled picture at w x h, R,G,B,A; the test chart when the picture
+// can't be read.
+Image galleryPicture(const char* file = MVN_SOURCE_DIR "/examples/pictures/beach.png", int w = W, int h = H) {
+    MVNFrame* frame = MVNImage::loadFromFile(file, w, h);
+    if (frame == nullptr || frame->buffer() == nullptr) return testChart(w, h);
+    Image img{w, h, std::vector<uint8_t>(w * h * 4)};
     const uint8_t* p = frame->buffer()->ptr();
     for (size_t i = 0; i < img.rgba.size(); i += 4) {
         img.rgba[i] = p[i + 2];
@@ -131,6 +135,33 @@ TEST(FilterGallery, WritesEveryFilterWithAnIndex) {
         const std::string name = "lut-" + lut.stem().string();
         out.picture().save(std::string(dir) + "/" + name + ".png");
         byFamily["lut"].push_back(name);
+        clip.detachAll();
+    }
+
+    // The canvas kinds: a portrait picture on its own blur, on the blurred
+    // beach picture, and on a colour.
+    Image portrait = galleryPicture(MVN_SOURCE_DIR "/examples/pictures/portrait.png", 100, 180);
+    const std::pair<const char*, std::function<void(MVNFilterCanvas&)>> kinds[] = {
+        {"canvas-self-blur", [](MVNFilterCanvas&) {}},
+        {"canvas-picture-file",
+         [](MVNFilterCanvas& f) { f.setString("resource", MVN_SOURCE_DIR "/examples/pictures/beach.png"); }},
+        {"canvas-colour", [](MVNFilterCanvas& f) { f.setColor("color", MVNColor4B(40, 60, 90, 255)); }},
+    };
+    for (int type = 0; type < 3; ++type) {
+        SCOPED_TRACE(kinds[type].first);
+        PictureClip clip(portrait, false);
+        MVNFilterCanvas filter(MVNProfile(W, H, 25), type);
+        kinds[type].second(filter);
+        filter.init();
+        ASSERT_EQ(clip.attach(&filter), 0);
+        MVNFrame* frame = nullptr;
+        ASSERT_EQ(clip.getImage(0, &frame), 0);
+        MVNFrame::pushBackPool(frame);
+        MVNByteBuffer* image = MVNOgreManager::getSingleton()->getRenderImage();
+        ASSERT_NE(image, nullptr);
+        Picture{image->ptr(), W, H}.save(std::string(dir) + "/" + kinds[type].first + ".png");
+        MVNByteBufferPool::sRelease(image);
+        byFamily["canvas"].push_back(kinds[type].first);
         clip.detachAll();
     }
 

@@ -36,7 +36,7 @@
 #include "engine/MVNOgreContextSDL.h"
 #include "engine/MVNOgreLabel.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProperties.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNProjectLoader.h"

@@ -22,7 +22,7 @@
 #include <memory>
 #include <string>
 
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"

@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "FakeServices.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNPlaylist.h"
 #include "timeline/MVNProjectLoader.h"
 #include "timeline/MVNRepository.h"

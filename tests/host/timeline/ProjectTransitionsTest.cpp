@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "FakeServices.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNTransition.h"
 #include "timeline/MVNPlaylist.h"
 #include "timeline/MVNProjectLoader.h"

@@ -4,7 +4,7 @@
 
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 
 using namespace Morvane;

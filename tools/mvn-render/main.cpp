@@ -11,6 +11,7 @@
 // A render shared out in pieces (mvn-farm runs these on a cluster):
 //   mvn-render PROJECT.json -o OUT.mp4 --chunk K/N     (one piece of the range)
 //   mvn-render --join OUT.mp4 [--sound FILE] SEGMENTS...
+//   mvn-render PROJECT.json --audio-only -o SOUND.wav   (the sound alone, for --sound)
 #include <signal.h>
 #include <unistd.h>
 
@@ -29,6 +30,7 @@
 #include "MVNProgress.h"
 #include "MVNChunkPlan.h"
 #include "MVNSegmentJoin.h"
+#include "MVNSoundPass.h"
 #include "MVNVideoFileSink.h"
 #include "timeline/MVNProjectLoader.h"
 #include "services/MVNProperties.h"
@@ -70,6 +72,7 @@ struct Options {
     bool listTransitions = false;
     bool audio = true;
     std::string audioOut;
+    bool audioOnly = false;
 };
 
 void usage(FILE* to) {
@@ -87,6 +90,7 @@ void usage(FILE* to) {
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
                  "  --no-audio      leave the sound out of a video file\n"
                  "  --audio-out F   write the sound to the WAV file F as well (48 kHz stereo float)\n"
+                 "  --audio-only    write only the sound, to OUT ending in .wav: no picture is drawn\n"
                  "usage: mvn-render --list-transitions\n"
                  "  prints the named transitions of the render module by family\n");
 }
@@ -155,6 +159,8 @@ int parseArgs(int argc, char** argv, Options& o) {
             o.async = false;
         } else if (a == "--list-transitions") {
             o.listTransitions = true;
+        } else if (a == "--audio-only") {
+            o.audioOnly = true;
         } else if (a == "--no-audio") {
             o.audio = false;
         } else if (a == "--audio-out") {
@@ -186,6 +192,10 @@ int parseArgs(int argc, char** argv, Options& o) {
     }
     if (!o.sound.empty()) {
         std::fprintf(stderr, "mvn-render: --sound goes with --join\n");
+        return -1;
+    }
+    if (o.audioOnly && (o.chunked || !o.audio || !o.audioOut.empty())) {
+        std::fprintf(stderr, "mvn-render: --audio-only writes the whole sound to -o alone\n");
         return -1;
     }
     if (!o.listTransitions && (o.project.empty() || o.output.empty())) {
@@ -238,6 +248,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (!opt.joinOutput.empty()) return joinSegments(opt);
+    if (opt.audioOnly) return MVNSoundPass::run({opt.project, opt.output, opt.profile, opt.first, opt.last, opt.quiet});
 
     std::error_code ec;
     std::string audioOut = opt.audioOut;

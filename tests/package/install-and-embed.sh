@@ -80,4 +80,8 @@ JSON
 mkdir -p "$work/shots"
 "$prefix/bin/mvn-play" "$work/render/p.json" --frames 0:0 --screenshot "$work/shots" --quiet
 [ "$(pixel "$work/shots/frame00000.png" 60 60)" = "0 255 0" ] || fail "installed mvn-play showed $(pixel "$work/shots/frame00000.png" 60 60)"
+mkdir -p "$work/gifshots"
+"$prefix/bin/mvn-play" "$work/render/gif.json" --frames 1:1 --screenshot "$work/gifshots" --quiet
+# Below the timecode label's panel, which darkens the top rows.
+[ "$(pixel "$work/gifshots/frame00001.png" 10 60)" = "0 0 255" ] || fail "installed mvn-play showed the GIF as $(pixel "$work/gifshots/frame00001.png" 10 60)"
 echo "install and embed: ok"

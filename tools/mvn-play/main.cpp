@@ -350,6 +350,7 @@ int main(int argc, char** argv) {
     }
     if (!MVNToolSetup::enterStateFolder(kTool)) return kExitFailed;
     if (!MVNToolSetup::loadRenderModule(kTool)) return kExitFailed;
+    if (!MVNToolSetup::loadMediaModule(kTool)) return kExitFailed;
 
     MVNProjectLoader loader;
     MVNProject project;

@@ -78,12 +78,7 @@ int MVNSoundPass::run(const MVNSoundPassRequest& request) {
 
     if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
     if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
-    std::string media = findModule("libMVNMedia.so");
-    if (media.empty() || loadModule(media) != 0) {
-        std::fprintf(stderr, "mvn-render: the media module libMVNMedia.so could not be loaded%s\n",
-                     media.empty() ? " (not found)" : "");
-        return kExitFailed;
-    }
+    if (!MVNToolSetup::loadMediaModule("mvn-render")) return kExitFailed;
 
     MVNProjectLoader loader;
     MVNProject project;

@@ -1,14 +1,16 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
 # make test   installs what is missing, builds, runs every test under a virtual display
-# make gallery  renders every filter of the catalogue to out/gallery (index.html)
+# make gallery  renders every filter of the catalogue to out/gallery (index.html), every
+#               transition as a strip (out/gallery/transitions) and the text styles
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
+# make corpus  runs the bad-input corpus through the tools (also part of make test)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 XVFB       := xvfb-run -a -s "-screen 0 1920x1080x24"
 
-.PHONY: all deps configure build test demo gallery check-asan bench clean farm-deps farm-test
+.PHONY: all deps configure build test demo gallery check-asan bench clean farm-deps farm-test corpus
 
 all: build
 
@@ -33,12 +35,15 @@ farm-deps:
 farm-test: build farm-deps
 	cd $(BUILD) && ctest --output-on-failure -L farm
 
+corpus: build
+	$(XVFB) python3 tests/corpus/run-corpus.py $(BUILD)
+
 demo: build
 	scripts/demo.sh $(BUILD) out
 
 gallery: build
 	mkdir -p out/gallery
-	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*:TextGallery.*'
+	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*:TextGallery.*:TransitionGallery.*'
 	@echo "out/gallery/index.html"
 
 check-asan: deps

@@ -47,6 +47,7 @@ namespace MorvaneBench {
 void composeFrames(benchmark::State& state, bool upload);
 void buildTitle(benchmark::State& state, int mode);
 void composeTitles(benchmark::State& state, bool three);
+void animateTitle(benchmark::State& state, int type);
 }
 
 namespace {
@@ -407,6 +408,13 @@ int main(int argc, char** argv) {
             benchmark::RegisterBenchmark(name.c_str(), [w, h, three](benchmark::State& state) {
                 if (engineAt(state, w, h)) MorvaneBench::composeTitles(state, three);
             })->Iterations(20)->Unit(benchmark::kMillisecond)->UseRealTime();
+        }
+        // Still (0), moving (1), fading (9) and wiped by a program (25).
+        for (int type : {0, 1, 9, 25}) {
+            std::string name = "AnimatedTextTitle/type" + std::to_string(type) + suffix;
+            benchmark::RegisterBenchmark(name.c_str(), [w, h, type](benchmark::State& state) {
+                if (engineAt(state, w, h)) MorvaneBench::animateTitle(state, type);
+            })->Iterations(50)->Unit(benchmark::kMillisecond)->UseRealTime();
         }
         benchmark::RegisterBenchmark(("Upload" + suffix).c_str(), BM_Upload, w, h)
             ->Iterations(20)

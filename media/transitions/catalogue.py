@@ -43,7 +43,7 @@ ROWS = [
         "return mix(b, a, p);"), []),
     ("fadegrays", "fade", xf(
         "vec4 a = getFromColor(uv); vec4 b = getToColor(uv);\n"
-        "vec4 ga = vec4(vec3(luma(a.rgb)), a.a); vec4 gb = vec4(vec3(luma(b.rgb)), b.a);\n"
+        "vec4 ga = vec4(vec3(grayOf(a.rgb)), a.a); vec4 gb = vec4(vec3(grayOf(b.rgb)), b.a);\n"
         "vec4 aa = mix(a, ga, 1.0 - smoothstep(0.8, 1.0, p));\n"
         "vec4 bb = mix(b, gb, smoothstep(0.2, 1.0, p));\n"
         "return mix(bb, aa, p);"), []),
@@ -160,13 +160,14 @@ ROWS = [
     ("zoomin", "slide", xf(
         "float zf = smoothstep(0.5, 1.0, p);\n"
         "vec2 st = 0.5 + (px / s - 0.5) * zf;\n"
-        "vec4 a = fromPixel(floor(st * (s - 1.0) + 0.5));\n"
+        "vec4 a = fromPixel(ceil(st * (s - 1.0)));\n"
         "return mix(getToColor(uv), a, smoothstep(0.0, 0.5, p));"), []),
     # --- shapes ----------------------------------------------------------------------------------
     ("circlecrop", "shape", xf(
-        "float z = pow(2.0 * abs(p - 0.5), 2.0) * length(s / 2.0);\n"
+        "vec2 c = floor(s / 2.0);\n"
+        "float z = pow(2.0 * abs(p - 0.5), 3.0) * length(c);\n"
         "vec4 v = p < 0.5 ? getToColor(uv) : getFromColor(uv);\n"
-        "return z < length(px - s / 2.0) ? vec4(0.0, 0.0, 0.0, 1.0) : v;"), []),
+        "return z < length(px - c) ? vec4(0.0, 0.0, 0.0, 1.0) : v;"), []),
     ("rectcrop", "shape", xf(
         "vec2 z = floor(abs(p - 0.5) * s);\n"
         "vec2 d = abs(px - floor(s / 2.0));\n"
@@ -238,17 +239,18 @@ ROWS = [
         "float m = smoothstep(-0.2, 0.0, (s.y - 1.0 - px.y) / s.y * 0.8 + 0.2 * r - (1.0 - p) * 1.2);\n"
         "return mix(getToColor(uv), getFromColor(uv), m);"), []),
     ("hblur", "blur", xf(
+        "// A box blur of each row that grows to half the width and back; the box\n"
+        "// runs from the pixel rightwards and shrinks at the right edge.\n"
         "float prog = p <= 0.5 ? p * 2.0 : (1.0 - p) * 2.0;\n"
-        "float size = floor(1.0 + (s.x / 2.0) * prog);\n"
-        "vec4 sa = vec4(0.0); vec4 sb = vec4(0.0); float n = 0.0;\n"
-        "float first = px.x - floor(size / 2.0);\n"
-        "for (int i = 0; i < 4096; ++i) {\n"
-        "    float x = first + float(i);\n"
-        "    if (x >= px.x + floor(size / 2.0)) break;\n"
-        "    if (x < 0.0 || x >= s.x) continue;\n"
-        "    sa += fromPixel(vec2(x, px.y)); sb += toPixel(vec2(x, px.y)); n += 1.0;\n"
+        "float size = floor(1.0 + floor(s.x / 2.0) * prog);\n"
+        "float last = min(px.x + size, s.x);\n"
+        "vec4 sa = vec4(0.0); vec4 sb = vec4(0.0);\n"
+        "for (int i = 0; i < 8192; ++i) {\n"
+        "    float x = px.x + float(i);\n"
+        "    if (x >= last) break;\n"
+        "    sa += fromPixel(vec2(x, px.y)); sb += toPixel(vec2(x, px.y));\n"
         "}\n"
-        "if (n == 0.0) return mix(getToColor(uv), getFromColor(uv), p);\n"
+        "float n = last - px.x;\n"
         "return mix(sb / n, sa / n, p);"), []),
 ]
 

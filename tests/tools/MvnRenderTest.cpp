@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -272,6 +273,33 @@ TEST_F(MvnRender, AMisplacedOrUnknownTransitionExitsWithTwoAndOneLine) {
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.err, "mvn-render: " + project + ": tracks[0].clips[1].transition: unknown transition \"fadee\"\n");
     EXPECT_TRUE(r.out.empty());
+}
+
+// The listing is the library, family by family in catalogue order, and
+// nothing else the engine has read: no filter or helper material.
+TEST_F(MvnRender, ListTransitionsPrintsTheLibraryByFamily) {
+    ToolRun r = runTool("--list-transitions");
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::istringstream lines(r.out);
+    std::string line;
+    std::vector<std::string> titles;
+    int names = 0;
+    std::string last;
+    while (std::getline(lines, line)) {
+        last = line;
+        auto colon = line.find(':');
+        if (colon == std::string::npos) continue;
+        titles.push_back(line.substr(0, colon));
+        std::istringstream words(line.substr(colon + 1));
+        for (std::string w; words >> w; ++names) EXPECT_EQ(w.find('/'), std::string::npos) << w << " is no transition";
+    }
+    ASSERT_GE(titles.size(), 2u) << r.out;
+    EXPECT_EQ(titles[0], "Fades");
+    EXPECT_EQ(r.out.rfind("Fades: fade fadeblack fadewhite fadegrays", 0), 0u) << r.out;
+    EXPECT_NE(r.out.find("\nShapes: "), std::string::npos);
+    EXPECT_NE(r.out.find(" circleopen "), std::string::npos);
+    EXPECT_EQ(r.out.find("material:"), std::string::npos);
+    EXPECT_EQ(last, std::to_string(names) + " transitions; a .glsl file in the open transition format is taken as well");
 }
 
 }  // namespace

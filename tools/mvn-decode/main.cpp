@@ -18,6 +18,8 @@
 #include <vector>
 
 #include "FFmpegDecoderImplAsync.h"
+#include "MVNFFmpegLog.h"
+#include "MVNToolSetup.h"
 #include "core/MVNLog.h"
 
 extern "C" {
@@ -184,7 +186,9 @@ int main(int argc, char** argv) {
     // tool says what went wrong itself (a video-only file "lacks" audio).
     if (!std::getenv("MORVANE_LOG_LEVEL"))
         Morvane::setLogLevel(Morvane::MVNLogLevel::Off);
-    av_log_set_level(AV_LOG_ERROR);
+    // FFmpeg's own complaint is quoted in the tool's message instead.
+    Morvane::MVNToolSetup::keepStandardDescriptors();
+    Morvane::MVNFFmpegLog::install(std::getenv("MORVANE_LOG_LEVEL") != nullptr, AV_LOG_ERROR);
 
     std::error_code ec;
     std::filesystem::create_directories(o.outDir, ec);
@@ -195,7 +199,9 @@ int main(int argc, char** argv) {
 
     codec::FFmpegDecoderImplAsync decoder(o.file.c_str(), 0, 0, false, 0, -1, o.hardware);
     if (decoder.Init() != 0) {
-        std::fprintf(stderr, "mvn-decode: %s does not open as media\n", o.file.c_str());
+        const std::string why = Morvane::MVNFFmpegLog::lastError();
+        std::fprintf(stderr, "mvn-decode: %s does not open as media%s%s\n", o.file.c_str(), why.empty() ? "" : ": ",
+                     why.c_str());
         return 2;
     }
     codec::MediaInfo info;

@@ -40,6 +40,7 @@
 #include "services/MVNProperties.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNProjectLoader.h"
+#include "MVNProjectCheck.h"
 #include "timeline/MVNTractor.h"
 
 using namespace Morvane;
@@ -356,6 +357,11 @@ int main(int argc, char** argv) {
     MVNProject project;
     if (loader.read(projectPath, project, opt.profile) != 0) {
         std::fprintf(stderr, "mvn-play: %s\n", loader.error().c_str());
+        return kExitBadInput;
+    }
+    MVNProjectCheck check;
+    if (check.check(projectPath, project) != 0) {
+        std::fprintf(stderr, "mvn-play: %s\n", check.error().c_str());
         return kExitBadInput;
     }
     const int width = opt.width ? opt.width : project.profile.width();

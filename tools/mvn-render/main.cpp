@@ -28,6 +28,7 @@
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
 #include "MVNProgress.h"
+#include "MVNProjectCheck.h"
 #include "MVNChunkPlan.h"
 #include "MVNSegmentJoin.h"
 #include "MVNSoundPass.h"
@@ -205,11 +206,13 @@ int parseArgs(int argc, char** argv, Options& o) {
     return 0;
 }
 
-// The transitions the module registered, one family a line:
-//   wipe: wipeleft wiperight ...
+// The transition library the module registered, one family a line:
+//   Wipes: wipeleft wiperight ...
+// The engine's other material scripts (mostly filters) are left out.
 void listTransitions() {
     std::vector<std::pair<std::string, std::vector<std::string>>> families;
     for (const auto& [name, family] : MVNRepository::getSingleton()->transitions()) {
+        if (family == "material") continue;
         auto it = std::find_if(families.begin(), families.end(), [&](const auto& f) { return f.first == family; });
         if (it == families.end()) it = families.insert(families.end(), {family, {}});
         it->second.push_back(name);
@@ -282,6 +285,11 @@ int main(int argc, char** argv) {
     MVNProject project;
     if (loader.read(projectPath, project, opt.profile) != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
+        return kExitBadInput;
+    }
+    MVNProjectCheck check;
+    if (check.check(projectPath, project) != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
         return kExitBadInput;
     }
     int first = opt.first < 0 ? 0 : opt.first;

@@ -1,7 +1,9 @@
 #include "MVNToolSetup.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -10,24 +12,46 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "MVNFFmpegLog.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNModule.h"
 
 namespace fs = std::filesystem;
 
 namespace Morvane {
+namespace {
+std::atomic<bool> gMuted{false};
+}
+
+void MVNToolSetup::muteLog(bool muted) { gMuted = muted; }
+
+void MVNToolSetup::keepStandardDescriptors() {
+    // A closed 0, 1 or 2 would be handed to the next file opened, and a
+    // stray print would land in the output video.
+    for (int fd = 0; fd <= 2; ++fd) {
+        if (::fcntl(fd, F_GETFD) != -1) continue;
+        int devnull = ::open("/dev/null", O_RDWR);
+        if (devnull >= 0 && devnull != fd) {
+            ::dup2(devnull, fd);
+            ::close(devnull);
+        }
+    }
+}
 
 void MVNToolSetup::setUpLogging(const std::string& tool, bool quiet) {
+    keepStandardDescriptors();
     const char* env = std::getenv("MORVANE_LOG_LEVEL");
     // The encoders' statistics are noise to a user; their errors are not.
     MVNLogLevel wanted = MVNLogLevel::Warn;
     bool chatty = env && *env && parseLogLevel(env, wanted) && wanted <= MVNLogLevel::Debug;
-    av_log_set_level(chatty ? AV_LOG_INFO : quiet ? AV_LOG_QUIET : AV_LOG_ERROR);
+    // FFmpeg's lines would come before the tool's own one-line message; the
+    // sinks and the project check say what failed, quoting FFmpeg's reason.
+    MVNFFmpegLog::install(chatty, chatty ? AV_LOG_INFO : AV_LOG_QUIET);
     if (env && *env) return;
     setLogLevel(MVNLogLevel::Off);
     if (quiet) return;
     addLogSink([tool](const MVNLogLine& line) {
-        if (line.level < MVNLogLevel::Warn) return;
+        if (line.level < MVNLogLevel::Warn || gMuted) return;
         if (line.message.find("must contain at least one entry") != std::string::npos) return;
         // A video without sound is no error to the user, and the
         // encoder's priming block of a file's sound decodes to nothing.

@@ -11,7 +11,14 @@ public:
     // user as "TOOL: level: tag: message", without the engine's start-up
     // notice that every run logs, and nothing at all with `quiet` (the
     // tool's own one-line errors still do).
+    // FFmpeg's own lines are kept (MVNFFmpegLog) unless the level asks for
+    // them. Standard descriptors that are closed are opened on /dev/null
+    // first (keepStandardDescriptors).
     static void setUpLogging(const std::string& tool, bool quiet);
+    static void keepStandardDescriptors();
+    // While muted, the log sink of setUpLogging prints nothing: a check that
+    // expects failures says what it found in one line of its own.
+    static void muteLog(bool muted);
     // The engine leaves its configuration, logs and caches in the working
     // folder: this makes the tool's own state folder the working folder
     // ($XDG_STATE_HOME/TOOL, ~/.local/state/TOOL or a temporary one), never

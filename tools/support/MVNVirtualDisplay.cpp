@@ -30,13 +30,19 @@ int MVNVirtualDisplay::start(int width, int height) {
         return -1;
     }
     if (pid == 0) {
-        ::dup2(fds[1], 3);  // not close-on-exec after dup2
+        // With standard descriptors closed, the pipe itself may sit on 0 to 3:
+        // move it above them first, so that neither /dev/null nor the
+        // descriptor Xvfb writes to takes its place.
+        int writeEnd = ::fcntl(fds[1], F_DUPFD, 10);
         int devnull = ::open("/dev/null", O_RDWR);
+        if (writeEnd < 0) ::_exit(127);
         if (devnull >= 0) {
             ::dup2(devnull, 0);
             ::dup2(devnull, 1);
             ::dup2(devnull, 2);
         }
+        // dup2 to another number leaves close-on-exec off.
+        if (::dup2(writeEnd, 3) != 3) ::_exit(127);
         ::execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", screen.c_str(), "-nolisten", "tcp", "-noreset",
                  static_cast<char*>(nullptr));
         ::_exit(127);

@@ -1,6 +1,7 @@
 #pragma once
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 
 #include "core/MVNProfile.h"
@@ -75,6 +76,10 @@ private:
     // Creation order, for destroyAll.
     std::map<unsigned long long, std::string> mOrder;
     unsigned long long mNextOrder = 0;
+    // Groups and consumers: the services that may hold a producer which is
+    // being destroyed, so that destroying one costs the same however many
+    // services there are.
+    std::set<MVNService*> mHolders;
     mutable std::recursive_mutex mLock;
 };
 

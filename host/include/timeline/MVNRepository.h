@@ -74,6 +74,14 @@ public:
     // (name, family) in the order of registration.
     std::vector<std::pair<std::string, std::string>> transitions() const;
 
+    // The names a service takes as its "resource" (a filter service: the
+    // names of its catalogue), so that a project's names are checked before
+    // a renderer runs. A later registration for the service replaces the
+    // list; a service without one takes any name.
+    void registerResourceNames(const std::string& service, std::vector<std::string> names);
+    // Empty when the service registered no list.
+    std::vector<std::string> resourceNames(const std::string& service) const;
+
     // Set once the host's own services are registered.
     bool builtinsRegistered() const;
     // Registers "playlist", "tractor" and "transition_audio".
@@ -90,6 +98,7 @@ private:
     std::map<std::string, ServiceEntry> mServices;
     std::map<std::string, void*> mModules;
     std::vector<std::pair<std::string, std::string>> mTransitions;
+    std::map<std::string, std::vector<std::string>> mResourceNames;
     bool mBuiltins = false;
     mutable std::mutex mLock;
 };

@@ -35,6 +35,7 @@ bool MVNPoint::fromString(const std::string& s) {
     // A short scan is accepted: whatever it did not find reads as 0.
     float px = 0, py = 0;
     std::sscanf(s.c_str(), "[%f:%f]", &px, &py);
+    if (!std::isfinite(px) || !std::isfinite(py)) return false;
     x = px;
     y = py;
     return true;

@@ -57,7 +57,11 @@ bool MVNRect::fromString(const std::string& s) {
     float px = 0, py = 0, h = 0;
     char widthText[64] = {0};
     std::sscanf(s.c_str(), "[%f:%f %63[^x]x%f]", &px, &py, widthText, &h);
-    setRect(px, py, std::strtof(widthText, nullptr), h);
+    float pw = std::strtof(widthText, nullptr);
+    // "nan" and "inf" scan as numbers; a quad placed there trips the engine,
+    // so such a text is no rectangle.
+    if (!std::isfinite(px) || !std::isfinite(py) || !std::isfinite(pw) || !std::isfinite(h)) return false;
+    setRect(px, py, pw, h);
     return true;
 }
 

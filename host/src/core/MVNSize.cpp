@@ -26,7 +26,9 @@ bool MVNSize::fromString(const std::string& s) {
     float h = 0;
     char widthText[64] = {0};
     std::sscanf(s.c_str(), "[%63[^x]x%f]", widthText, &h);
-    width = std::strtof(widthText, nullptr);
+    float w = std::strtof(widthText, nullptr);
+    if (!std::isfinite(w) || !std::isfinite(h)) return false;
+    width = w;
     height = h;
     return true;
 }

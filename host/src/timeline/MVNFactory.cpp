@@ -175,6 +175,9 @@ std::string MVNFactory::_addService(MVNService* service, const char* prefix) {
     }
     mServices[id] = service;
     mOrder[mNextOrder++] = id;
+    if (dynamic_cast<MVNGroup*>(service) != nullptr || dynamic_cast<MVNConsumer*>(service) != nullptr) {
+        mHolders.insert(service);
+    }
     return id;
 }
 
@@ -197,9 +200,11 @@ int MVNFactory::destroyService(const std::string& id) {
         }
         s = it->second;
         mServices.erase(it);
-        for (auto o = mOrder.begin(); o != mOrder.end(); ++o) {
+        mHolders.erase(s);
+        // Services go newest first (unload, destroyAll): search from the end.
+        for (auto o = mOrder.rbegin(); o != mOrder.rend(); ++o) {
             if (o->second == id) {
-                mOrder.erase(o);
+                mOrder.erase(std::next(o).base());
                 break;
             }
         }
@@ -215,10 +220,10 @@ int MVNFactory::destroyService(const std::string& id) {
         // Walked under the lock: a service still in the map is not being
         // destroyed by another thread, which takes it out first.
         std::lock_guard<std::recursive_mutex> guard(mLock);
-        for (auto& kv : mServices) {
-            if (auto* g = dynamic_cast<MVNGroup*>(kv.second)) {
+        for (MVNService* holder : mHolders) {
+            if (auto* g = dynamic_cast<MVNGroup*>(holder)) {
                 if (g->producer() == producer) g->disconnect();
-            } else if (auto* c = dynamic_cast<MVNConsumer*>(kv.second)) {
+            } else if (auto* c = dynamic_cast<MVNConsumer*>(holder)) {
                 if (c->connectedProducer() == producer) c->disconnect();
             }
         }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -70,6 +71,7 @@ struct TrackPlan {
 };
 
 const char* const kGroupService = "ogre.group.sample";
+const size_t kMaxGroupDepth = 16;
 const char* const kGridService = "ogre.grid";
 
 int requireInt(const json& v, const std::string& path, int min) {
@@ -153,19 +155,54 @@ void copyProperties(const json& v, const std::string& path, MVNProperties& out) 
     }
 }
 
+// The bound MVNProfile puts on a "WxH@FPS" name: a frame of that size
+// already takes a gigabyte.
+const int kMaxProfileSide = 16384;
+
+// Why a "WxH@FPS" name was refused, as ": <reason>" to follow it in a
+// message; empty when "unknown" says it all.
+std::string whyProfileRefused(const std::string& name) {
+    size_t x = name.find('x');
+    size_t at = name.find('@');
+    if (x == std::string::npos || at == std::string::npos || at < x) return "";
+    char* end = nullptr;
+    long w = std::strtol(name.c_str(), &end, 10);
+    if (end != name.c_str() + x) return ": the width is not a whole number";
+    long h = std::strtol(name.c_str() + x + 1, &end, 10);
+    if (end != name.c_str() + at) return ": the height is not a whole number";
+    if (w <= 0 || h <= 0) return ": width and height must be positive";
+    if (w > kMaxProfileSide || h > kMaxProfileSide) {
+        return ": at most " + std::to_string(kMaxProfileSide) + " pixels a side";
+    }
+    return ": the rate is not a number of frames a second up to 10000 or a fraction N/D";
+}
+
+// The renderer draws into a window of the profile's size, which must be even
+// both ways; a name of the table always is, "WxH@FPS" need not be.
+MVNProfile requireEvenSize(const MVNProfile& p, const std::string& path) {
+    if (p.width() % 2 || p.height() % 2) {
+        fail(path, "width and height must be even, got " + std::to_string(p.width()) + "x" +
+                       std::to_string(p.height()));
+    }
+    return p;
+}
+
 MVNProfile parseProfile(const json& root, const std::string& override, std::string& where) {
     if (!override.empty()) {
         where = "--profile";
-        MVNProfile p(override);
-        if (!p.isValid()) fail("profile", "unknown profile \"" + override + "\"");
-        return p;
+        // Asked first: building a profile of an unknown name logs an error
+        // of its own beside this one.
+        if (!MVNProfile::exists(override)) {
+            fail("profile", "unknown profile \"" + override + "\"" + whyProfileRefused(override));
+        }
+        return requireEvenSize(MVNProfile(override), "profile");
     }
     if (!root.contains("profile")) fail("profile", "missing");
     const json& v = root["profile"];
     if (v.is_string()) {
-        MVNProfile p(v.get<std::string>());
-        if (!p.isValid()) fail("profile", "unknown profile \"" + v.get<std::string>() + "\"");
-        return p;
+        const std::string& name = v.get_ref<const std::string&>();
+        if (!MVNProfile::exists(name)) fail("profile", "unknown profile \"" + name + "\"" + whyProfileRefused(name));
+        return requireEvenSize(MVNProfile(name), "profile");
     }
     if (!v.is_object()) fail("profile", "expected a name or an object, got " + typeName(v));
     for (const char* key : {"width", "height", "fps"}) {
@@ -173,11 +210,21 @@ MVNProfile parseProfile(const json& root, const std::string& override, std::stri
     }
     int width = requireInt(v["width"], "profile.width", 2);
     int height = requireInt(v["height"], "profile.height", 2);
+    // The same bound as a "WxH@FPS" profile: a frame of that size already
+    // takes a gigabyte.
+    for (auto [side, key] : {std::pair<int, const char*>{width, "width"}, {height, "height"}}) {
+        if (side > kMaxProfileSide) {
+            fail(std::string("profile.") + key,
+                 "too large: " + std::to_string(side) + " (at most " + std::to_string(kMaxProfileSide) + ")");
+        }
+    }
     if (width % 2 || height % 2) fail("profile", "width and height must be even");
     const json& fps = v["fps"];
     if (!fps.is_number() || fps.get<double>() <= 0 || fps.get<double>() > 1000) {
         fail("profile.fps", "expected a positive number");
     }
+    // Rates are kept in thousandths: a smaller one would be a rate of 0.
+    if (fps.get<double>() < 0.001) fail("profile.fps", "too small: at least 0.001 frames a second");
     double f = fps.get<double>();
     // Whole rates stay whole; the NTSC rates become their exact fractions.
     int num = static_cast<int>(std::lround(f * 1000));
@@ -189,7 +236,9 @@ MVNProfile parseProfile(const json& root, const std::string& override, std::stri
         num = static_cast<int>(std::lround(f * 1001 / 1000)) * 1000;
         den = 1001;
     }
-    return MVNProfile(width, height, num, den);
+    MVNProfile p(width, height, num, den);
+    if (!p.isValid()) fail("profile", "not a usable profile");
+    return p;
 }
 
 // Resolves a file named by a project against its folder. Pictures are
@@ -266,6 +315,9 @@ void planCanvasFilter(FilterPlan& plan, const json& v, const std::string& path, 
     }
 }
 
+// Filter properties whose value is a file.
+const char* const kFilterFileKeys[] = {"ufmMVNLutPath"};
+
 FilterPlan planFilter(const json& v, const std::string& path, const std::string& folder) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
     FilterPlan plan;
@@ -275,6 +327,14 @@ FilterPlan planFilter(const json& v, const std::string& path, const std::string&
     checkService(service, MVN_SERVICE_FILTER, path + ".service");
     if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
     plan.properties.setString("service", service);
+    // Files named by a filter's properties start at the project's folder,
+    // like every other file of the project.
+    for (const char* key : kFilterFileKeys) {
+        std::string file = plan.properties.getString(key, "");
+        if (!file.empty() && fs::path(file).is_relative()) {
+            plan.properties.setString(key, (fs::path(folder) / file).lexically_normal().string());
+        }
+    }
     if (v.contains("resource")) {
         plan.properties.setString("resource",
                                   resolveFilterResource(requireString(v["resource"], path + ".resource"), folder));
@@ -421,6 +481,35 @@ void planGrid(ClipPlan& plan, const json& v, const std::string& path, const std:
     }
 }
 
+// A text clip's animation: "textAnimationType" from 0 (none) to 30, its
+// times as shares of the clip, the karaoke cover colour.
+void checkTextAnimation(const json& v, const std::string& path) {
+    if (!v.contains("properties") || !v["properties"].is_object()) return;
+    const json& given = v["properties"];
+    const std::string at = path + ".properties.";
+    if (given.contains("textAnimationType")) {
+        const json& t = given["textAnimationType"];
+        if (!t.is_number_integer() || t.get<long long>() < 0 || t.get<long long>() > 30) {
+            fail(at + "textAnimationType", "expected an integer from 0 (none) to 30");
+        }
+    }
+    for (const char* key : {"textAnimationStartTime", "textAnimationEndTime", "textAnimationFirstEndTime",
+                            "textAnimationSecendStartTime"}) {
+        if (!given.contains(key)) continue;
+        const json& t = given[key];
+        if (!t.is_number() || t.get<double>() < 0 || t.get<double>() > 1) {
+            fail(at + key, "expected a number from 0 to 1 (a share of the clip)");
+        }
+    }
+    if (given.contains("AnimTextKaLaOkCol")) {
+        MVNColor4B c;
+        const json& t = given["AnimTextKaLaOkCol"];
+        if (!t.is_string() || !c.fromString(t.get<std::string>())) {
+            fail(at + "AnimTextKaLaOkCol", "expected a colour \"#rrggbbaa\"");
+        }
+    }
+}
+
 ClipPlan planClip(const json& v, const std::string& path, int track, const MVNProfile& profile,
                   const std::string& folder, std::vector<std::string>& locations) {
     if (!v.is_object()) fail(path, "expected an object, got " + typeName(v));
@@ -453,10 +542,18 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     if (service == kGroupService) {
         if (!v.contains("tracks")) fail(path + ".tracks", "missing: a group composes its own tracks");
         if (v.contains("resource")) fail(path + ".resource", "a group takes no resource");
+        // Each level is a recursion here and a scene with its render target
+        // in the renderer.
+        size_t depth = 0;
+        for (size_t at = path.find(".tracks["); at != std::string::npos; at = path.find(".tracks[", at + 1)) ++depth;
+        if (depth >= kMaxGroupDepth) {
+            fail(path + ".tracks", "groups nest " + std::to_string(kMaxGroupDepth) + " deep at most");
+        }
         plan.tracks = planTrackList(v["tracks"], path + ".tracks", profile, folder, locations);
     } else if (v.contains("tracks")) {
         fail(path + ".tracks", "only a group (\"" + std::string(kGroupService) + "\") takes tracks");
     }
+    if (service == "text") checkTextAnimation(v, path);
     if (service == kGridService) {
         if (v.contains("resource")) fail(path + ".resource", "a grid takes its cells as properties");
         planGrid(plan, v, path, folder);
@@ -684,7 +781,8 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
     json root;
     try {
         root = json::parse(text);
-    } catch (const json::parse_error& e) {
+    } catch (const json::exception& e) {
+        // Syntax, and numbers no double holds ("1e400").
         mError = path + ": not valid JSON: " + e.what();
         return -1;
     }
@@ -702,6 +800,11 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
         mPlan = std::move(plan);
     } catch (const ProjectError& e) {
         mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;
+        log_info(kTag, "%s", mError.c_str());
+        return -1;
+    } catch (const json::exception& e) {
+        // A value of a shape no check above expected; still the user's file.
+        mError = path + ": " + e.what();
         log_info(kTag, "%s", mError.c_str());
         return -1;
     }

@@ -218,6 +218,17 @@ std::vector<std::pair<std::string, std::string>> MVNRepository::transitions() co
     return mTransitions;
 }
 
+void MVNRepository::registerResourceNames(const std::string& service, std::vector<std::string> names) {
+    std::lock_guard<std::mutex> guard(mLock);
+    mResourceNames[service] = std::move(names);
+}
+
+std::vector<std::string> MVNRepository::resourceNames(const std::string& service) const {
+    std::lock_guard<std::mutex> guard(mLock);
+    auto it = mResourceNames.find(service);
+    return it == mResourceNames.end() ? std::vector<std::string>() : it->second;
+}
+
 bool MVNRepository::builtinsRegistered() const {
     std::lock_guard<std::mutex> guard(mLock);
     return mBuiltins;

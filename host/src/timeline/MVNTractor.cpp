@@ -48,14 +48,29 @@ int MVNTractor::setTrack(const std::string& id, int index) {
         log_error(kTag, "%s setTrack failed, no producer %s", getStringId().c_str(), id.c_str());
         return -1;
     }
+    bool appended = false;
     {
         std::lock_guard<std::recursive_mutex> guard(mTracksLock);
-        if (index < 0 || index >= static_cast<int>(mTrackIds.size()))
+        appended = index < 0 || index >= static_cast<int>(mTrackIds.size());
+        if (appended)
             mTrackIds.push_back(id);
         else
             mTrackIds[index] = id;
     }
-    refresh();
+    if (!appended) {
+        refresh();
+        return 0;
+    }
+    // A track added can only lengthen the tractor: refreshing every track
+    // on each append made building N tracks cost N * N.
+    if (auto* playlist = dynamic_cast<MVNPlaylist*>(p)) playlist->refresh();
+    if (auto* tractor = dynamic_cast<MVNTractor*>(p)) tractor->refresh();
+    const int longest = std::max(getInt32("length", 0), p->getPlaytime());
+    block();
+    setInt32("in", 0);
+    setInt32("out", longest - 1);
+    setInt32("length", longest);
+    unblock();
     return 0;
 }
 

@@ -17,26 +17,48 @@ uniform float ratio;
 // 1.0 swaps the roles of the clips: the transition runs from B to A.
 uniform float transitionInvert;
 
+// Where the clips stand in the frame, as fractions of it from its top left:
+// left, top, width, height. The transition runs inside this rectangle, so a
+// shape centres on the clips rather than on the frame; uv is (0, 0) at the
+// rectangle's bottom left. Never set (all zero) stands for the whole frame.
+uniform vec4 clipRect;
+
+vec4 clipArea()
+{
+    return clipRect.z > 0.0 && clipRect.w > 0.0 ? clipRect : vec4(0.0, 0.0, 1.0, 1.0);
+}
+
+// The frame's size in pixels, measured by main before the transition runs
+// (derivatives are only sure outside any branch).
+vec2 transitionFramePixels = vec2(1.0);
+
+// Texture coordinates in the frame-sized pictures of uv in the rectangle.
+vec2 frameStOf(vec2 uv)
+{
+    vec4 r = clipArea();
+    return r.xy + vec2(uv.x, 1.0 - uv.y) * r.zw;
+}
+
 vec4 getFromColor(vec2 uv)
 {
-    vec2 st = vec2(uv.x, 1.0 - uv.y);
+    vec2 st = frameStOf(uv);
     return transitionInvert > 0.5 ? texture2D(inputImageTexture2, st) : texture2D(inputImageTexture, st);
 }
 
 vec4 getToColor(vec2 uv)
 {
-    vec2 st = vec2(uv.x, 1.0 - uv.y);
+    vec2 st = frameStOf(uv);
     return transitionInvert > 0.5 ? texture2D(inputImageTexture, st) : texture2D(inputImageTexture2, st);
 }
 // Helpers of the library's own transitions (a .glsl file of a user's does
 // not get them). The pixel helpers count as the frame does on the processor:
 // column from the left, row from the top, each pixel sampled at its centre.
 
-// The frame in pixels: the quad covers the frame, so one pixel step of vUv
-// is 1 / size.
+// The size in pixels of the rectangle the transition runs in (the whole
+// frame unless the clips are smaller).
 vec2 frameSize()
 {
-    return floor(1.0 / vec2(abs(dFdx(vUv.x)), abs(dFdy(vUv.y))) + 0.5);
+    return floor(transitionFramePixels * clipArea().zw + 0.5);
 }
 
 // Column and row (from the top) of the pixel at uv.
@@ -59,6 +81,13 @@ vec4 toPixel(vec2 px) { return getToColor(uvOfPixel(px)); }
 float noise2(vec2 co)
 {
     return fract(sin(dot(co, vec2(12.9898, 78.233))) * 43758.5453);
+}
+
+// The plain average of the three channels in whole levels, the grey a
+// processor's RGB pipeline computes.
+float grayOf(vec3 c)
+{
+    return floor((c.r + c.g + c.b) * 255.0 / 3.0 + 0.001) / 255.0;
 }
 
 // Rec. 709 luma.
@@ -84,5 +113,14 @@ vec4 transition(vec2 uv)
 // clips in getFromColor / getToColor; progress runs forward either way.
 void main()
 {
-    gl_FragColor = transition(vec2(vUv.x, 1.0 - vUv.y));
+    transitionFramePixels = floor(1.0 / vec2(abs(dFdx(vUv.x)), abs(dFdy(vUv.y))) + 0.5);
+    vec4 r = clipArea();
+    vec2 st = (vUv - r.xy) / r.zw;
+    // Outside the clips both pictures are transparent, and so is the
+    // transition, whatever colour its shape would paint there.
+    if (any(lessThan(st, vec2(0.0))) || any(greaterThanEqual(st, vec2(1.0)))) {
+        gl_FragColor = vec4(0.0);
+        return;
+    }
+    gl_FragColor = transition(vec2(st.x, 1.0 - st.y));
 }

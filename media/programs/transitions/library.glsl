@@ -2,11 +2,11 @@
 // not get them). The pixel helpers count as the frame does on the processor:
 // column from the left, row from the top, each pixel sampled at its centre.
 
-// The frame in pixels: the quad covers the frame, so one pixel step of vUv
-// is 1 / size.
+// The size in pixels of the rectangle the transition runs in (the whole
+// frame unless the clips are smaller).
 vec2 frameSize()
 {
-    return floor(1.0 / vec2(abs(dFdx(vUv.x)), abs(dFdy(vUv.y))) + 0.5);
+    return floor(transitionFramePixels * clipArea().zw + 0.5);
 }
 
 // Column and row (from the top) of the pixel at uv.
@@ -29,6 +29,13 @@ vec4 toPixel(vec2 px) { return getToColor(uvOfPixel(px)); }
 float noise2(vec2 co)
 {
     return fract(sin(dot(co, vec2(12.9898, 78.233))) * 43758.5453);
+}
+
+// The plain average of the three channels in whole levels, the grey a
+// processor's RGB pipeline computes.
+float grayOf(vec3 c)
+{
+    return floor((c.r + c.g + c.b) * 255.0 / 3.0 + 0.001) / 255.0;
 }
 
 // Rec. 709 luma.

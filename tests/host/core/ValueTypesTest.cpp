@@ -47,7 +47,12 @@ INSTANTIATE_TEST_SUITE_P(
                       RectParse{"[1:2 0x360]", true, {1, 2, 0, 360}},
                       RectParse{"[1:2]", true, {1, 2, 0, 0}}, RectParse{"[abc]", true, {0, 0, 0, 0}},
                       RectParse{"1:2 3x4]", false, {9, 9, 9, 9}}, RectParse{"", false, {9, 9, 9, 9}},
-                      RectParse{" [1:2 3x4]", false, {9, 9, 9, 9}}));
+                      RectParse{" [1:2 3x4]", false, {9, 9, 9, 9}},
+                      // Numbers that place nothing anywhere are refused.
+                      RectParse{"[nan:nan 10x10]", false, {9, 9, 9, 9}},
+                      RectParse{"[0:0 infxinf]", false, {9, 9, 9, 9}},
+                      RectParse{"[0:0 10x-inf]", false, {9, 9, 9, 9}},
+                      RectParse{"[1e39:0 10x10]", false, {9, 9, 9, 9}}));
 
 TEST(Rect, ToStringHasSixDecimalsAndReadsBack) {
     EXPECT_EQ("[-0.500000:0.000000 1920.000000x1080.000000]", MVNRect(-0.5f, 0, 1920, 1080).toString());

@@ -135,6 +135,24 @@ TEST_F(ProjectLoader, ProfileOverrideWins) {
     EXPECT_EQ(project.profile.fps(), 30);
 }
 
+// A profile given beside the file is refused with the reason, before any
+// renderer could fail on it.
+TEST_F(ProjectLoader, ProfileOverrideSaysWhyItIsRefused) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"641x481@25", "--profile: width and height must be even, got 641x481"},
+        {"20000x20000@25", "--profile: unknown profile \"20000x20000@25\": at most 16384 pixels a side"},
+        {"640x360@0", "--profile: unknown profile \"640x360@0\": the rate is not a number of frames a second up to "
+                      "10000 or a fraction N/D"},
+    };
+    for (const auto& [name, message] : cases) {
+        EXPECT_EQ(loader.readFromString(R"({ "profile": "hd_720_25p",
+            "tracks": [ { "clips": [ { "service": "test.clip", "length": 5 } ] } ] })",
+                                        (folder / "show.json").string(), project, name),
+                  -1);
+        EXPECT_EQ(loader.error(), (folder / "show.json").string() + ": " + message);
+    }
+}
+
 TEST_F(ProjectLoader, ARefusalHalfWayDestroysWhatWasBuilt) {
     EXPECT_EQ(load(R"({ "profile": "hd_720_25p", "tracks": [ { "clips": [
         { "service": "test.clip", "length": 5 },
@@ -182,6 +200,18 @@ INSTANTIATE_TEST_SUITE_P(
                    "tracks[0].clips[0].length: must be at least 1, got 0"},
         BadProject{"BadGeometry", CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "geometry": "0:0 10x10" })"),
                    "tracks[0].clips[0].geometry: expected \"[x:y wxh]\", got \"0:0 10x10\""},
+        // nan and inf scan as numbers but place nothing.
+        BadProject{"NanGeometry",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "geometry": "[nan:nan 10x10]" })"),
+                   "tracks[0].clips[0].geometry: expected \"[x:y wxh]\", got \"[nan:nan 10x10]\""},
+        BadProject{"InfiniteGeometry",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "geometry": "[0:0 infxinf]" })"),
+                   "tracks[0].clips[0].geometry: expected \"[x:y wxh]\", got \"[0:0 infxinf]\""},
+        BadProject{"HugeProfile",
+                   R"({ "profile": { "width": 100000, "height": 100000, "fps": 25 }, "tracks": [] })",
+                   "profile.width: too large: 100000 (at most 16384)"},
+        BadProject{"VanishingRate", R"({ "profile": { "width": 320, "height": 180, "fps": 1e-300 }, "tracks": [] })",
+                   "profile.fps: too small: at least 0.001 frames a second"},
         BadProject{"BlankWithMore", CLIP_TRACKS(R"({ "blank": 5, "length": 3 })"),
                    "tracks[0].clips[0]: a blank takes no other key"},
         BadProject{"PropertyObject", CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "properties": { "a": [1] } })"),
@@ -222,8 +252,14 @@ TEST_F(ProjectLoader, AMissingPictureIsNamedWithItsAbsolutePath) {
 }
 
 TEST_F(ProjectLoader, InvalidJsonAndMissingFileAreNamed) {
-    EXPECT_EQ(load("{ \"profile\": "), -1);
-    EXPECT_EQ(loader.error().rfind((folder / "show.json").string() + ": not valid JSON: ", 0), 0u) << loader.error();
+    // Syntax, a number no double holds, a string that is not UTF-8: each an
+    // error, never an exception out of the loader.
+    for (const char* text : {"{ \"profile\": ", "{ \"profile\": \"hd_720_25p\", \"tracks\": 1e400 }",
+                             "{ \"profile\": \"\xff\xfe\" }"}) {
+        EXPECT_EQ(load(text), -1);
+        EXPECT_EQ(loader.error().rfind((folder / "show.json").string() + ": not valid JSON: ", 0), 0u)
+            << loader.error();
+    }
     EXPECT_EQ(loader.load((folder / "absent.json").string(), project), -1);
     EXPECT_EQ(loader.error(), (folder / "absent.json").string() + ": cannot open the project file");
 }

@@ -27,6 +27,8 @@ public:
     Ogre::MaterialPtr getMaterial() override;
     // Name of the texture that unit 0 samples; empty without a texture.
     std::string getTextureName() const;
+    // The picture is known to be opaque everywhere and is drawn unblended.
+    bool isOpaque() const { return blending.isOpaque(); }
 
 private:
     MVNOgreMaterialTextureImpl* texture = nullptr;   // owned; an MVNOgreMaterialTextureAuto

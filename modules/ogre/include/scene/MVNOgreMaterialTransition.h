@@ -25,6 +25,10 @@ public:
     void process(float progress);
     // A constant the program doesn't have is skipped without a word.
     void setUniformFloat(const std::string& name, float value);
+    // The same for a vec4 constant.
+    void setUniformFloat4(const std::string& name, float x, float y, float z, float w);
+    // Makes unit 0 (A) or 1 (B) sample the texture `name`.
+    void setInputTexture(int unit, const std::string& name);
     void updateTextureA(uint8_t* data, int width, int height);
     void updateTextureB(uint8_t* data, int width, int height);
 

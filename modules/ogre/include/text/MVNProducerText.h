@@ -5,6 +5,7 @@
 #include "core/MVNRect.h"
 #include "services/MVNProducer.h"
 #include "text/FontInfo.h"
+#include "text/MVNTextEffect.h"
 #include "text/TextObjInfo.h"
 #include "text/fonts/FTPoint.h"
 
@@ -79,6 +80,10 @@ private:
     void _renderTargetUpdateRaWait();
     void _textVisible(bool visible);
     void _textVisibleRaWait(bool visible);
+    // Moves the clip's animation to `time` seconds, or its effect program
+    // to `frame` of its play time.
+    void _animationsUpdate(int frame, float time);
+    void _animationsUpdateRenderableWait(int frame, float time);
 
     // Scenes and materials.
     int _textOgreRttInit();
@@ -101,7 +106,7 @@ private:
     int _createTextObj(FontInfo info, TextObjInfo& obj, bool outline);
     int _updateTextGeo(const MVNRect& rect);
     void _destroyGlyphs(Ogre::SceneNode* node);
-    void _updateAnimation(const char* name);
+    int _updateAnimation(const char* name);
 
     std::string _zSuffix() const { return std::to_string(_fontInfo.zOrder); }
 
@@ -128,6 +133,9 @@ private:
     FontInfo _fontInfo;
     TextObjInfo _textObjInfo;
     bool _needRtt = false;
+    // "textAnimationType": rebuilt by _updateAnimation, emptied with the
+    // track scene's objects in _releaseTextMesh.
+    MVNTextEffect _textEffect;
 };
 
 }  // namespace Morvane

@@ -47,7 +47,9 @@ public:
     // The present name returns at once, without a step.
     void setResource(const std::string& name) override;
     void setVisible(bool visible) override;
-    // Draws both converters; must run before the scene is drawn.
+    // Draws the converters, but for a clip that fills the frame as it is,
+    // which the material then samples directly; must run before the scene
+    // is drawn.
     void render(int position) override;
     void setAnimationA(int type) override;
     void setAnimationB(int type) override;
@@ -64,6 +66,10 @@ public:
     TextureConvert* getConvertB() const { return convertB; }
     MVNOgreMaterialTransition* getMaterial() const { return material; }
     const std::string& getResource() const { return resource; }
+    // Where the transition runs, as fractions of the frame from its top
+    // left (left, top, width, height): the smallest rectangle holding both
+    // clips, the whole frame until they are placed.
+    MVNRect clipRect() const;
 
 private:
     int _init();
@@ -71,6 +77,8 @@ private:
     void _release();
     void _setGeometry(const MVNRect& rect);
     void _resize(int width, int height, float x, float y, float z);
+    void _applyClipRect();
+    void _renderInput(TextureConvert* convert, int unit);
 
     std::string resource;                  // name of the material script
     int widthA, heightA, widthB, heightB;  // the clips' sizes

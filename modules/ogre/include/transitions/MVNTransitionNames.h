@@ -3,15 +3,26 @@
 
 namespace Morvane {
 
+class MVNRepository;
+
 // Tells the host's repository which transition names a project may use, so
 // that a misspelt one is refused with its place in the file rather than
-// drawn as nothing. Without a catalogue of named transitions every material
-// script the engine has read counts: a transition is a material.
+// drawn as nothing.
 class MVN_OGRE_API MVNTransitionNames {
 public:
-    // Once the engine runs (its scripts are read): registers each script
-    // material under the family "material", unless names are registered
-    // already. Step "transitionNames".
+    // The family under which the engine's other material scripts count:
+    // a project may name one (a transition is a material), but listings of
+    // the library leave them out, as most are filters.
+    static constexpr const char* kOtherMaterials = "material";
+
+    // The library's transitions in catalogue order, each under its
+    // family's title ("Fades", "Wipes", ...); needs no engine, so the module
+    // does it as it installs and a listing or a project file sees them
+    // before anything is drawn.
+    static void registerLibrary(MVNRepository* repository);
+    // Once the engine runs (its scripts are read), unless done already: the
+    // library, then every other script material under kOtherMaterials.
+    // Step "transitionNames".
     static void registerMaterials();
 };
 

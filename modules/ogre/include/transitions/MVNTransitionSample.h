@@ -24,8 +24,8 @@ class MVNOgreTransitionBase;
 // name); "rotationA", "rotationB" (degrees); "transitionEasing"; every
 // "ufm..." property sets the uniform of its name ("ufmamplitude" sets
 // "amplitude" in a .glsl file, which has no prefix of its own). "CircleScale"
-// also gets "ufmImageWidth" and "ufmImageHeight" from the profile, and every
-// material "ratio" (width / height).
+// also gets "ufmImageWidth" and "ufmImageHeight" from the profile; the
+// canvas gives every material "clipRect" and its "ratio" (width / height).
 class MVN_OGRE_API MVNTransitionSample : public MVNTransition {
 public:
     MVNTransitionSample(const MVNProfile& profile, const char* resource);

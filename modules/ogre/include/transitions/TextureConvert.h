@@ -39,6 +39,14 @@ public:
     void updateAnimation(int position);
     void* getAnimationObject();
 
+    // The clip's picture stands in the converted one unchanged: an opaque
+    // texture of the render texture's size on a quad that covers it exactly,
+    // unturned and unanimated. Then a transition may sample sourceName()
+    // itself and the pass is not needed (see render()).
+    bool passesUnchanged() const;
+    // The texture the clip's quad samples; empty without one.
+    std::string sourceName() const;
+
     const std::string& getRttName() const { return rttName; }
     MVNOgreSceneManager* getSceneManager() const { return sceneManager; }
     MVNOgreMaterialImpl* getMaterial() const { return material; }
@@ -54,6 +62,7 @@ private:
     int zOrder = 0;                               // always 0
     int rttWidth, rttHeight;
     MVNSize size;                                 // quad size as last applied
+    MVNPoint centre;                              // quad centre in world units, (0, 0) the frame's
     int animation;
     int rotation = 0;
 };

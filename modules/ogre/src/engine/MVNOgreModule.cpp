@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "filters/MVNFilterCanvas.h"
+#include "filters/MVNFilterCatalogue.h"
 #include "filters/MVNFilterSample.h"
 #include "filters/MVNFilterSample2.h"
 #include "core/MVNLog.h"
@@ -26,6 +27,7 @@
 #include "services/MVNRenderTexture.h"
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
+#include "transitions/MVNTransitionNames.h"
 #include "transitions/MVNTransitionSample.h"
 #include "core/MVNTypes.h"
 #include "text/MVNProducerText.h"
@@ -265,6 +267,11 @@ extern "C" MVN_OGRE_API int MVNOgre_module_install(Morvane::MVNRepository* repos
     for (const ServiceRow& row : kServices) {
         repository->registerService(row.type, row.name, createOgreService);
     }
+    MVNTransitionNames::registerLibrary(repository);
+    // The filter names, for the tools' check of a project.
+    std::vector<std::string> filters;
+    for (int i = 0; i < MVNFilterCatalogue::count(); ++i) filters.emplace_back(MVNFilterCatalogue::at(i).name);
+    for (const char* service : {"ogre.filter.sample", "ogre.tool"}) repository->registerResourceNames(service, filters);
     log_info(kTag, "ogre module install done");
     return 0;
 }

@@ -74,6 +74,25 @@ void MVNOgreMaterialTransition::setUniformFloat(const std::string& name, float v
     }
 }
 
+void MVNOgreMaterialTransition::setUniformFloat4(const std::string& name, float x, float y, float z, float w) {
+    if (!material) return;
+    try {
+        Ogre::GpuProgramParametersSharedPtr parameters = fragmentParameters(material);
+        parameters->_findNamedConstantDefinition(name, false);
+        parameters->setNamedConstant(name, Ogre::Vector4(x, y, z, w));
+    } catch (const std::exception&) {
+        // A constant the program doesn't declare: nothing to set.
+    }
+}
+
+void MVNOgreMaterialTransition::setInputTexture(int unit, const std::string& name) {
+    if (!material) return;
+    Ogre::Pass* pass = material->getTechnique(0)->getPass(0);
+    if (unit < 0 || unit >= static_cast<int>(pass->getNumTextureUnitStates())) return;
+    Ogre::TextureUnitState* state = pass->getTextureUnitState(static_cast<unsigned short>(unit));
+    if (state->getTextureName() != name) state->setTextureName(name);
+}
+
 void MVNOgreMaterialTransition::updateTextureA(uint8_t* data, int width, int height) {
     if (textureA) textureA->updateTexture(data, width, height);
 }

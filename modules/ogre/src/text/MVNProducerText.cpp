@@ -242,9 +242,14 @@ int MVNProducerText::_getImage(int position, MVNFrame** frame) {
 
 void MVNProducerText::render(int frame) {
     if (getInt32("hidden", 0) != 0) return;
+    if (_needRtt) _checkTextRenderVisibleRaWait(frame);
+    const int relative = frame - getIn();
     if (_needRtt) {
-        _checkTextRenderVisibleRaWait(frame);
-        // Animations are not drawn by this build; the track is drawn as is.
+        // While editing, the clip stands still in its final look.
+        if (getInt32("textAnimationType", 0) != 0 && !getBoolean("_textEditStatus", false)) {
+            const double fps = mProfile.fps() > 0 ? mProfile.fps() : 25.0;
+            _animationsUpdateRenderableWait(relative, static_cast<float>(relative / fps));
+        }
         _renderTargetUpdateRaWait();
     }
     _textVisibleRaWait(true);
@@ -286,22 +291,35 @@ void MVNProducerText::_renderTargetUpdate() {
     if (target != nullptr) target->update(true);
 }
 
-void MVNProducerText::_checkTextRenderVisible(int) {
+void MVNProducerText::_checkTextRenderVisible(int frame) {
     Ogre::SceneManager* mgr = getRttMgr();
     Ogre::SceneNode* index = getRttIndexNode();
     if (mgr == nullptr || index == nullptr) return;
+    const bool editing = getBoolean("_textEditStatus", false);
+    const int type = getInt32("textAnimationType", 0);
+    const bool printing = type == 10 || type == 23;
     bool redraw = false;
     const std::string mine = "animation" + _fontInfo.textID;
-    for (auto& state : mgr->getAnimationStateIterator()) {
-        Ogre::AnimationState* s = state.second;
-        if (s->getAnimationName() == mine) {
-            if (!s->getEnabled()) {
-                index->resetToInitialState();
-                s->setEnabled(true);
+    if (!editing) {
+        for (auto& state : mgr->getAnimationStates()) {
+            Ogre::AnimationState* s = state.second;
+            if (s->getAnimationName() == mine) {
+                if (!s->getEnabled()) {
+                    index->resetToInitialState();
+                    s->setEnabled(true);
+                    if (_textEffect.matEffect()) _textEffect.restore(false);
+                }
+            } else if (s->getEnabled()) {
+                s->setEnabled(false);
             }
-        } else if (s->getEnabled()) {
-            s->setEnabled(false);
         }
+    } else {
+        // The user edits the text as it stands once it has come in.
+        index->resetToInitialState();
+        for (auto& state : mgr->getAnimationStates()) state.second->setEnabled(false);
+        if (_textEffect.matEffect()) _textEffect.restore(true);
+        else _textEffect.showFinal(static_cast<unsigned>(type));
+        redraw = true;
     }
     // One clip owns the shared track scene at a time: show ours, hide the
     // other clips' nodes.
@@ -309,7 +327,15 @@ void MVNProducerText::_checkTextRenderVisible(int) {
         const std::string& name = child->getName();
         if (name == "TextRttCamera" || name == "MeshPointNode" || name == "MeshSpecularNode") continue;
         Ogre::SceneNode* node = static_cast<Ogre::SceneNode*>(child);
-        if (name == _rttNodeName) {
+        if (name != _rttNodeName) {
+            node->setVisible(false, true);
+        } else if (printing) {
+            // A print starts from no glyph; its track shows them one by one.
+            if (editing || frame == 0) {
+                node->setVisible(editing, true);
+                redraw = true;
+            }
+        } else {
             bool hidden = false;
             for (Ogre::Node* glyph : node->getChildren()) {
                 Ogre::SceneNode* g = static_cast<Ogre::SceneNode*>(glyph);
@@ -319,8 +345,6 @@ void MVNProducerText::_checkTextRenderVisible(int) {
                 node->setVisible(true, true);
                 redraw = true;
             }
-        } else {
-            node->setVisible(false, true);
         }
     }
     if (redraw) _renderTargetUpdate();
@@ -442,19 +466,6 @@ int MVNProducerText::_reconfigTextStatus(const char* name) {
         return -1;
     }
     return 0;
-}
-
-// Animations are not part of this build: only their timing is kept, so
-// that a later effect finds the clip's numbers in place.
-void MVNProducerText::_updateAnimation(const char*) {
-    double fps = mProfile.fps() > 0 ? mProfile.fps() : 25.0;
-    _fontInfo.playTime = static_cast<float>(getPlaytime() / fps);
-    _fontInfo.animationType = static_cast<uint32_t>(getInt32("textAnimationType", 0));
-    _fontInfo.startTime = static_cast<float>(getDouble("textAnimationStartTime", 0));
-    _fontInfo.endTime = static_cast<float>(getDouble("textAnimationEndTime", 1));
-    _fontInfo.firstEndTime = static_cast<float>(getDouble("textAnimationFirstEndTime", 0.4));
-    _fontInfo.secendStartTime = static_cast<float>(getDouble("textAnimationSecendStartTime", 0.6));
-    _fontInfo.alpha = getColor("textColorBase", MVNColor4B(255, 255, 255, 255)).a / 255.0f;
 }
 
 int MVNProducerText::_textUpdate() {

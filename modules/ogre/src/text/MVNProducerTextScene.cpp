@@ -80,7 +80,7 @@ int MVNProducerText::_textOgreRttInit() {
             // not match); edges are smoothed when the plane is composed.
             Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
                 "_TextRttTrackTexture" + _zSuffix(), kGroup, Ogre::TEX_TYPE_2D, profileW, profileH, 1, 0,
-                Ogre::PF_B8G8R8, Ogre::TU_RENDERTARGET, nullptr, false,
+                Ogre::PF_A8R8G8B8, Ogre::TU_RENDERTARGET, nullptr, false,
                 0, "");
             Ogre::RenderTarget* target = texture->getBuffer()->getRenderTarget();
             Ogre::Viewport* viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
@@ -121,10 +121,19 @@ void MVNProducerText::_setMaterialColours(const std::string& name, bool fill) {
             // Sorted back to front with the clips' quads: the outline, one
             // unit behind, is drawn before the fill.
             pass->setSceneBlending(Ogre::SBT_TRANSPARENT_ALPHA);
+            // In a track texture the coverage adds up in alpha, so that a
+            // fading text fades to nothing rather than to black.
+            if (_needRtt)
+                pass->setSeparateSceneBlending(Ogre::SBF_SOURCE_ALPHA, Ogre::SBF_ONE_MINUS_SOURCE_ALPHA, Ogre::SBF_ONE,
+                                               Ogre::SBF_ONE_MINUS_SOURCE_ALPHA);
             pass->setVertexProgram("RectTemplate_Text_VP");
             pass->setFragmentProgram("TextMeshMat_FP");
         } else {
             pass->setLightingEnabled(true);
+            // Opaque while its alpha is 1; a fade lets the track texture's
+            // alpha follow the diffuse alpha.
+            pass->setSeparateSceneBlending(Ogre::SBF_SOURCE_ALPHA, Ogre::SBF_ONE_MINUS_SOURCE_ALPHA, Ogre::SBF_ONE,
+                                           Ogre::SBF_ONE_MINUS_SOURCE_ALPHA);
         }
         material->load();
     }
@@ -284,6 +293,7 @@ int MVNProducerText::_releaseTextMesh(int zOrder) {
     if (root == nullptr || !root->hasSceneManager(mgrName)) return -1;
     Ogre::SceneManager* mgr = root->getSceneManager(mgrName);
     const std::string animation = "animation" + _fontInfo.textID;
+    _textEffect.clear();
     if (mgr->hasAnimationState(animation)) mgr->destroyAnimationState(animation);
     if (mgr->hasAnimation(animation)) mgr->destroyAnimation(animation);
     if (mgr->hasSceneNode(_rttNodeName)) {

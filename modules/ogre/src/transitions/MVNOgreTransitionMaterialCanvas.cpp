@@ -2,6 +2,8 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
 #include "scene/MVNOgreMaterialTransition.h"
@@ -88,7 +90,40 @@ int MVNOgreTransitionMaterialCanvas::_config() {
                                           Ogre::Vector3(0, 0, static_cast<float>(zOrder)));
     // A rebuilt quad shows as the last one did.
     if (visible != -1) sceneNode->setVisible(visible == 1);
+    _applyClipRect();
     return 0;
+}
+
+MVNRect MVNOgreTransitionMaterialCanvas::clipRect() const {
+    MVNOgreManager* manager = MVNOgreManager::getSingleton();
+    float frameW = static_cast<float>(windowWidth), frameH = static_cast<float>(windowHeight);
+    bool any = false;
+    float left = 0, bottom = 0, right = 0, top = 0;
+    for (const MVNRect* rect : {&geometryA, &geometryB}) {
+        if (rect->isEmpty() || rect->width <= 0 || rect->height <= 0) continue;
+        // Profile to window pixels, both counted from the bottom left.
+        MVNRect r = manager->adjustGeometryProfileToScreen(*rect);
+        left = any ? std::min(left, r.getMinX()) : r.getMinX();
+        bottom = any ? std::min(bottom, r.getMinY()) : r.getMinY();
+        right = any ? std::max(right, r.getMaxX()) : r.getMaxX();
+        top = any ? std::max(top, r.getMaxY()) : r.getMaxY();
+        any = true;
+    }
+    if (!any || frameW <= 0 || frameH <= 0) return MVNRect(0, 0, 1, 1);
+    left = std::max(left, 0.0f), bottom = std::max(bottom, 0.0f);
+    right = std::min(right, frameW), top = std::min(top, frameH);
+    if (right <= left || top <= bottom) return MVNRect(0, 0, 1, 1);
+    return MVNRect(left / frameW, (frameH - top) / frameH, (right - left) / frameW, (top - bottom) / frameH);
+}
+
+// The programs read "clipRect" to centre their shapes on the clips; it is
+// set again whenever a clip moves or the material is rebuilt.
+void MVNOgreTransitionMaterialCanvas::_applyClipRect() {
+    if (material == nullptr) return;
+    MVNRect r = clipRect();
+    material->setUniformFloat4("clipRect", r.x, r.y, r.width, r.height);
+    float height = r.height * static_cast<float>(windowHeight);
+    if (height > 0) material->setUniformFloat("ratio", r.width * static_cast<float>(windowWidth) / height);
 }
 
 void MVNOgreTransitionMaterialCanvas::release() {
@@ -157,12 +192,18 @@ void MVNOgreTransitionMaterialCanvas::_resize(int width, int height, float x, fl
 
 void MVNOgreTransitionMaterialCanvas::setGeometryA(const MVNRect& rect) {
     geometryA = rect;
-    if (convertA) onRenderThread([this, rect]() { convertA->setGeometry(rect); }, "transSetGeoA");
+    if (convertA) onRenderThread([this, rect]() {
+            convertA->setGeometry(rect);
+            _applyClipRect();
+        }, "transSetGeoA");
 }
 
 void MVNOgreTransitionMaterialCanvas::setGeometryB(const MVNRect& rect) {
     geometryB = rect;
-    if (convertB) onRenderThread([this, rect]() { convertB->setGeometry(rect); }, "transSetGeoB");
+    if (convertB) onRenderThread([this, rect]() {
+            convertB->setGeometry(rect);
+            _applyClipRect();
+        }, "transSetGeoB");
 }
 
 void MVNOgreTransitionMaterialCanvas::setResource(const std::string& name) {
@@ -195,10 +236,21 @@ void MVNOgreTransitionMaterialCanvas::render(int position) {
     if (convertA == nullptr && convertB == nullptr) return;
     onRenderThread(
         [this]() {
-            if (convertA) convertA->render();
-            if (convertB) convertB->render();
+            _renderInput(convertA, 0);
+            _renderInput(convertB, 1);
         },
         "transRender");
+}
+
+// A clip that fills the frame as it is (the usual full-frame picture) is
+// sampled where it lies: its converter pass would copy it unchanged at the
+// cost of one full-frame draw. Checked each frame, as geometry, rotation,
+// animation and opacity may all change while the transition runs.
+void MVNOgreTransitionMaterialCanvas::_renderInput(TextureConvert* convert, int unit) {
+    if (convert == nullptr) return;
+    bool direct = convert->passesUnchanged();
+    if (!direct) convert->render();
+    if (material) material->setInputTexture(unit, direct ? convert->sourceName() : convert->getRttName());
 }
 
 void MVNOgreTransitionMaterialCanvas::setAnimationA(int type) {

@@ -7,12 +7,28 @@
 
 #include "engine/MVNOgreManager.h"
 #include "timeline/MVNRepository.h"
+#include "transitions/MVNTransitionCatalogue.h"
 
 namespace Morvane {
 
+void MVNTransitionNames::registerLibrary(MVNRepository* repository) {
+    for (int i = 0; i < MVNTransitionCatalogue::count(); ++i) {
+        const MVNTransitionCatalogueEntry& entry = MVNTransitionCatalogue::at(i);
+        const char* title = entry.family;
+        for (int f = 0; f < MVNTransitionCatalogue::familyCount(); ++f) {
+            if (std::string(MVNTransitionCatalogue::family(f).name) == entry.family)
+                title = MVNTransitionCatalogue::family(f).title;
+        }
+        repository->registerTransition(entry.name, title);
+    }
+}
+
 void MVNTransitionNames::registerMaterials() {
     MVNRepository* repository = MVNRepository::getSingleton();
-    if (!repository->transitions().empty()) return;
+    for (const auto& [name, family] : repository->transitions()) {
+        if (family == kOtherMaterials) return;
+    }
+    registerLibrary(repository);
     std::vector<std::string> names;
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&names]() {
@@ -24,7 +40,9 @@ void MVNTransitionNames::registerMaterials() {
             }
         },
         "transitionNames");
-    for (const std::string& name : names) repository->registerTransition(name, "material");
+    for (const std::string& name : names) {
+        if (MVNTransitionCatalogue::find(name) == nullptr) repository->registerTransition(name, kOtherMaterials);
+    }
 }
 
 }  // namespace Morvane

@@ -121,9 +121,6 @@ void MVNTransitionSample::_SetupParameters() {
         node->setUniformFloat("ufmImageWidth", static_cast<float>(profile().width()));
         node->setUniformFloat("ufmImageHeight", static_cast<float>(profile().height()));
     }
-    if (profile().height() > 0) {
-        node->setUniformFloat("ratio", static_cast<float>(profile().width()) / static_cast<float>(profile().height()));
-    }
     // The clip's own settings of the program's uniforms, over its defaults.
     for (const std::string& key : keys()) {
         if (key.compare(0, 3, "ufm") == 0) _ApplyUniform(key);

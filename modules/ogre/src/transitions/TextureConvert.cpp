@@ -2,6 +2,8 @@
 
 #include <Ogre.h>
 
+#include <cmath>
+
 #include "core/MVNGeneratorStringId.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreContextBase.h"
@@ -62,6 +64,7 @@ void TextureConvert::setGeometry(const MVNRect& rect) {
     MVNPoint center = world.center();
     float x = center.x * ratio, y = center.y * ratio, z = static_cast<float>(zOrder);
     MVNSize wanted(world.width, world.height);
+    centre = MVNPoint(x, y);
     if (size.equals(wanted)) {
         sceneNode->setPosition(x, y, z);
         return;
@@ -99,6 +102,23 @@ void TextureConvert::setAnimation(int type) {
 
 void TextureConvert::updateAnimation(int position) {
     if (sceneNode) sceneNode->updateAnimation(position);
+}
+
+std::string TextureConvert::sourceName() const {
+    auto* normal = dynamic_cast<MVNOgreMaterialNormal*>(material);
+    return normal ? normal->getTextureName() : std::string();
+}
+
+bool TextureConvert::passesUnchanged() const {
+    auto* normal = dynamic_cast<MVNOgreMaterialNormal*>(material);
+    if (normal == nullptr || !normal->isOpaque() || rotation != 0 || animation != 0) return false;
+    if (std::fabs(size.width - rttWidth) > 0.5f || std::fabs(size.height - rttHeight) > 0.5f) return false;
+    if (std::fabs(centre.x) > 0.25f || std::fabs(centre.y) > 0.25f) return false;
+    // Same size as the render texture: sampled 1:1, no filtering stands
+    // between the two ways.
+    Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().getByName(normal->getTextureName(), Ogre::RGN_DEFAULT);
+    return texture && static_cast<int>(texture->getWidth()) == rttWidth &&
+           static_cast<int>(texture->getHeight()) == rttHeight;
 }
 
 void* TextureConvert::getAnimationObject() { return sceneNode ? sceneNode->getAnimationObject() : nullptr; }

@@ -141,7 +141,9 @@ TEST(FilterGallery, WritesEveryFilterWithAnIndex) {
     html << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Filter gallery</title>\n"
          << "<style>body{font-family:sans-serif;background:#181818;color:#ddd}figure{display:inline-block;"
          << "margin:6px}figcaption{font-size:12px;text-align:center}img{display:block}</style></head><body>\n"
-         << "<h1>Filter gallery</h1>\n<figure><img src=\"_original.png\"><figcaption>original</figcaption></figure>\n";
+         << "<h1>Filter gallery</h1>\n"
+         << "<p><a href=\"transitions/index.html\">Transitions</a> &middot; <a href=\"text/index.html\">Text</a></p>\n"
+         << "<figure><img src=\"_original.png\"><figcaption>original</figcaption></figure>\n";
     for (const auto& family : byFamily) {
         auto title = kFamilyTitles.find(family.first);
         html << "<h2>" << (title != kFamilyTitles.end() ? title->second : family.first) << "</h2>\n";

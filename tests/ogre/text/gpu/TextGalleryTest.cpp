@@ -1,6 +1,7 @@
 // `make gallery`: a page of text clips (sizes, outline, bold, lean, columns,
 // CJK, extruded at several angles and depths), one PNG each and a
-// text/index.html, in the folder MVN_GALLERY_DIR names. Without that
+// text/index.html, and every animation as a strip of moments
+// (text/animations.html), in the folder MVN_GALLERY_DIR names. Without that
 // variable the test is skipped.
 #include <gtest/gtest.h>
 
@@ -13,6 +14,7 @@
 
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
+#include "core/MVNImage.h"
 #include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 
@@ -60,7 +62,7 @@ TEST_F(TextGallery, WritesEveryTextStyleWithAnIndex) {
     html << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Text gallery</title>\n"
          << "<style>body{font-family:sans-serif;background:#181818;color:#ddd}figure{display:inline-block;"
          << "margin:6px}figcaption{font-size:12px;text-align:center}img{display:block}</style></head><body>\n"
-         << "<h1>Text gallery</h1>\n";
+         << "<h1>Text gallery</h1>\n<p><a href=\"animations.html\">Animations</a></p>\n";
     int zOrder = 2;
     for (const Style& style : styles) {
         SCOPED_TRACE(style.name);
@@ -84,6 +86,80 @@ TEST_F(TextGallery, WritesEveryTextStyleWithAnIndex) {
         }
         MVNFactory::getSingleton()->destroyService(id);
         html << "<figure><img src=\"" << style.name << ".png\"><figcaption>" << style.name << "</figcaption></figure>\n";
+    }
+    html << "</body></html>\n";
+}
+
+// Every "textAnimationType" as a strip of five moments of a two-second clip
+// (a tenth, three tenths, the middle, seven tenths and nine tenths of it)
+// in a title box, each at half size: text/animations.html.
+TEST_F(TextGallery, WritesEveryAnimationAsAStripOfFiveMoments) {
+    const char* root = std::getenv("MVN_GALLERY_DIR");
+    if (root == nullptr || *root == 0) GTEST_SKIP() << "MVN_GALLERY_DIR is not set";
+    const std::string dir = std::string(root) + "/text";
+    std::filesystem::create_directories(dir);
+    TestScene::setBackground(RGBA{32, 40, 64, 255});
+    const char* names[] = {"",
+                           "left, pause, right", "right, pause, left", "top, pause, down", "down, pause, top",
+                           "left to right", "right to left", "down to top", "top to down", "fade in and out",
+                           "print", "scale rebound", "drop and rebound", "linear zoom", "zoom from larger",
+                           "drop with buffer", "window slices", "pixels", "pin wheel", "spin clock",
+                           "scale and clear", "star wars", "spin and clear", "print", "zoom left and right",
+                           "vertical wipe", "horizontal wipe", "horizontal wipe from the middle",
+                           "horizontal move", "karaoke", "vertical wipe from the middle"};
+    constexpr int kFrames = 50, kMoments = 5, kW = W / 2, kH = H / 2;
+    std::ofstream html(dir + "/animations.html");
+    html << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Text animations</title>\n"
+         << "<style>body{font-family:sans-serif;background:#181818;color:#ddd}figure{margin:6px}"
+         << "figcaption{font-size:12px}img{display:block}</style></head><body>\n"
+         << "<h1>Text animations</h1>\n<p>Moments at 0.1, 0.3, 0.5, 0.7 and 0.9 of the clip.</p>\n";
+    for (int type = 1; type <= 30; ++type) {
+        SCOPED_TRACE(type);
+        MVNProperties props;
+        props.setString("service", "text");
+        props.setString("textString", "Morvane");
+        props.setInt32("textSize", 56);
+        props.setColor("textColorBase", MVNColor4B(255, 204, 0, 255));
+        props.setDouble("textOutlineSize", 2);
+        props.setColor("textColorOutline", MVNColor4B(160, 30, 30, 255));
+        props.setInt32("zOrder", 2);
+        props.setInt32("out", kFrames - 1);
+        props.setInt32("textAnimationType", type);
+        props.setColor("AnimTextKaLaOkCol", MVNColor4B(40, 200, 255, 255));
+        std::string id = MVNFactory::getSingleton()->createProducer(profile(), props);
+        ASSERT_FALSE(id.empty());
+        MVNProducer* clip = MVNFactory::getSingleton()->getProducerById(id);
+        clip->setBoolean("_textNeedReBuild", true);
+        // A title box a little larger than the word, as titles usually have:
+        // moves start and end at its edges, wipes run across it.
+        clip->setGeometry(MVNRect(10, 55, 300, 70));
+        // B,G,R,A, five half-size pictures side by side.
+        std::vector<uint8_t> strip(static_cast<size_t>(kW) * kMoments * kH * 4);
+        for (int m = 0; m < kMoments; ++m) {
+            const int frame = (2 * m + 1) * kFrames / 10;
+            MVNFrame* f = nullptr;
+            if (clip->getImage(frame, &f) == 0) MVNFrame::pushBackPool(f);
+            RenderImage out(W, H);
+            ASSERT_TRUE(out.ok());
+            Picture pic = out.picture();
+            for (int y = 0; y < kH; ++y)
+                for (int x = 0; x < kW; ++x) {
+                    int sum[3] = {0, 0, 0};
+                    for (int dy = 0; dy < 2; ++dy)
+                        for (int dx = 0; dx < 2; ++dx) {
+                            RGBA c = pic.at(2 * x + dx, 2 * y + dy);
+                            sum[0] += c.b, sum[1] += c.g, sum[2] += c.r;
+                        }
+                    uint8_t* p = &strip[(static_cast<size_t>(y) * kW * kMoments + m * kW + x) * 4];
+                    p[0] = static_cast<uint8_t>(sum[0] / 4), p[1] = static_cast<uint8_t>(sum[1] / 4);
+                    p[2] = static_cast<uint8_t>(sum[2] / 4), p[3] = 255;
+                }
+        }
+        const std::string file = "animation-" + std::to_string(type) + ".png";
+        MVNImage::saveToFile(dir + "/" + file, strip.data(), kW * kMoments, kH);
+        MVNFactory::getSingleton()->destroyService(id);
+        html << "<figure><img src=\"" << file << "\"><figcaption>" << type << ": " << names[type]
+             << "</figcaption></figure>\n";
     }
     html << "</body></html>\n";
 }

@@ -1,6 +1,11 @@
 // Text clips written in a project file: the loader builds them with their
-// properties and geometry, and the title shows inside its box.
+// properties and geometry, and the title shows inside its box; an animated
+// title moves over the clip's length; bad animation properties are refused
+// with their JSON path.
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
 
 #include "ProjectSceneTest.h"
 
@@ -30,5 +35,62 @@ TEST_F(TextProject, ATitleShowsInItsGeometryInItsColour) {
     EXPECT_GT(inside, 150);
     EXPECT_EQ(outside, 0);
 }
+
+// Left to right over 50 frames: outside its box at the start, in the middle
+// of it half way.
+TEST_F(TextProject, AnAnimatedTitleCrossesItsBoxOverTheClip) {
+    ASSERT_EQ(load(R"([ { "clips": [ { "service": "text", "length": 50, "geometry": "[20:20 200x60]",
+        "properties": { "textString": "Hi", "textSize": 40, "textColorBase": "#00ff00ff",
+                        "textAnimationType": 5 } } ] } ])"),
+              0)
+        << loader.error();
+    auto green = [this](int position, double* centre) {
+        draw(position);
+        RenderImage out(W, H);
+        EXPECT_TRUE(out.ok());
+        int n = 0;
+        double sum = 0;
+        for (int y = 0; y < H; ++y)
+            for (int x = 0; x < W; ++x) {
+                RGBA c = out.at(x, y);
+                if (c.g > 200 && c.r < 60 && c.b < 60) ++n, sum += x;
+            }
+        *centre = n > 0 ? sum / n : -1;
+        return n;
+    };
+    double centre = 0;
+    EXPECT_EQ(green(0, &centre), 0);
+    EXPECT_GT(green(25, &centre), 150);
+    EXPECT_NEAR(centre, 120, 4);
+}
+
+struct BadAnimation {
+    const char* name;
+    const char* properties;
+    const char* where;
+};
+
+class TextProjectErrors : public TextProject, public ::testing::WithParamInterface<BadAnimation> {};
+
+TEST_P(TextProjectErrors, NameTheJsonPath) {
+    std::string tracks = std::string(R"([ { "clips": [ { "service": "text", "length": 10, "properties": )") +
+                         GetParam().properties + " } ] } ]";
+    EXPECT_EQ(load(tracks), -1);
+    EXPECT_EQ(loader.error(), (std::filesystem::current_path() / "show.json").string() +
+                                  ": tracks[0].clips[0].properties." + GetParam().where);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, TextProjectErrors,
+    ::testing::Values(
+        BadAnimation{"TypeOutOfRange", R"({ "textAnimationType": 31 })",
+                     "textAnimationType: expected an integer from 0 (none) to 30"},
+        BadAnimation{"TypeAsText", R"({ "textAnimationType": "9" })",
+                     "textAnimationType: expected an integer from 0 (none) to 30"},
+        BadAnimation{"TimeOverOne", R"({ "textAnimationType": 9, "textAnimationSecendStartTime": 1.5 })",
+                     "textAnimationSecendStartTime: expected a number from 0 to 1 (a share of the clip)"},
+        BadAnimation{"CoverColour", R"({ "textAnimationType": 29, "AnimTextKaLaOkCol": "red" })",
+                     "AnimTextKaLaOkCol: expected a colour \"#rrggbbaa\""}),
+    [](const ::testing::TestParamInfo<BadAnimation>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -156,7 +156,8 @@ double shareOfA(const Image& img, const Image& a, const Image& b) {
 
 struct ParityCase {
     std::string name;
-    bool noisy;  // random pictures: compared by their share of A
+    bool noisy;            // random pictures: compared by their share of A
+    double maxMean = 2.0;  // levels, over the colour channels
 };
 void PrintTo(const ParityCase& c, std::ostream* os) { *os << c.name; }
 
@@ -167,9 +168,14 @@ std::vector<ParityCase> parityCases() {
         "radial",     "smoothleft", "smoothright", "smoothup",  "smoothdown", "circleopen",  "circleclose",
         "vertopen",   "vertclose",  "horzopen",   "horzclose",  "diagtl",     "diagtr",      "diagbl",
         "diagbr",     "hlslice",    "hrslice",    "vuslice",    "vdslice",    "wipetl",      "wipetr",
-        "wipebl",     "wipebr",     "squeezeh",   "squeezev",   "fadefast",   "fadeslow"};
+        "wipebl",     "wipebr",     "squeezeh",   "squeezev",   "fadefast",   "fadeslow",
+        "circlecrop", "zoomin",     "hblur"};
     std::vector<ParityCase> out;
     for (const char* name : deterministic) out.push_back({name, false});
+    // The filter's grey of an RGB pixel starts from an accumulator it does
+    // not clear in the version at hand, so its greys stray by a few levels
+    // from the plain average we draw; the shape of the fade is the same.
+    out.push_back({"fadegrays", false, 3.0});
     for (const char* name : {"dissolve", "pixelize"}) out.push_back({name, true});
     return out;
 }
@@ -192,7 +198,7 @@ TEST_P(CrossFadeParity, MatchesTheFfmpegPictureAtThreeProgressValues) {
             EXPECT_NEAR(got, expected, 0.03) << c.name << " at progress " << progress;
         } else {
             Difference d = difference(ours, reference[k], false);
-            EXPECT_LE(d.mean, 2.0) << c.name << " at progress " << progress << " (max " << d.max << ")";
+            EXPECT_LE(d.mean, c.maxMean) << c.name << " at progress " << progress << " (max " << d.max << ")";
         }
     }
 }

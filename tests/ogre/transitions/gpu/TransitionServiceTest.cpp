@@ -142,6 +142,29 @@ TEST_F(TransitionService, HalfClipShowsInItsPlaceAndTransparencyElsewhere) {
     EXPECT_EQ(out.countInside(W / 2 + 2, 2, W / 2 - 4, H - 4, kMagenta, false), 0);
 }
 
+// A library shape centres on the clips, not on the frame: "rectcrop" a
+// quarter of the way shows clip A in a box around the centre of the left
+// half, black around it within the clips, and nothing over the right half.
+TEST_F(TransitionService, LibraryShapeCentresOnClipsSmallerThanTheFrame) {
+    MVNTransitionSample* transition =
+        make("rectcrop", 4, MVNProperties(), markedPicture(W / 2, H, kRed), markedPicture(W / 2, H, kBlue));
+    ASSERT_NE(transition, nullptr);
+    clipA_->setGeometry(MVNRect(0, 0, W / 2, H));
+    clipB_->setGeometry(MVNRect(0, 0, W / 2, H));
+    connect(transition);
+    show(transition, 1);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    out.save("library_shape_half_clip");
+    const RGBA black{0, 0, 0, 255};
+    // The box is a quarter of the clip each way from its centre (W / 4, H / 2).
+    EXPECT_EQ(out.countInside(W / 4 - W / 8 + 2, H / 2 - H / 4 + 2, W / 4 - 4, H / 2 - 4, kRed, false), 0);
+    EXPECT_EQ(out.at(W / 2 - 3, H / 2), black);
+    EXPECT_EQ(out.at(W / 4, 2), black);
+    EXPECT_EQ(out.at(W / 4, H - 3), black);
+    EXPECT_EQ(out.countInside(W / 2 + 2, 2, W / 2 - 4, H - 4, kMagenta, false), 0);
+}
+
 // An image clip gives blank frames: the transition samples the texture the
 // engine holds under the clip's resource.
 TEST_F(TransitionService, ImageClipShowsThroughItsTexture) {

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 #include "services/MVNProperties.h"
 #include "timeline/MVNModule.h"

@@ -69,7 +69,7 @@
 #include "timeline/MVNMultitrack.h"
 #include "timeline/MVNTractor.h"
 #include "timeline/MVNRepository.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNModule.h"
 #include "timeline/MVNProject.h"
 #include "timeline/MVNProjectLoader.h"

@@ -19,7 +19,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 libdir=$(sed -n 's/^libdir=${prefix}\///p' "$prefix"/lib*/pkgconfig/morvane.pc 2>/dev/null || true)
 [ -n "$libdir" ] || libdir=lib
 for f in include/morvane/Morvane.h include/morvane/core/MVNFrame.h include/morvane/timeline/MVNTractor.h \
-         "$libdir/libMorvane.so" "$libdir/morvane/modules/libMVNOgre.so" \
+         "$libdir/libMorvane.so" "$libdir/morvane/modules/libMVNOgre.so" "$libdir/morvane/modules/libMVNMedia.so" \
          "$libdir/cmake/Morvane/MorvaneConfig.cmake" "$libdir/cmake/Morvane/MorvaneConfigVersion.cmake" \
          "$libdir/pkgconfig/morvane.pc" share/morvane/plugins.cfg share/morvane/resources.cfg \
          share/morvane/media/materials bin/mvn-render bin/mvn-decode bin/mvn-play; do
@@ -65,7 +65,23 @@ cat >"$work/render/p.json" <<'JSON'
 JSON
 "$prefix/bin/mvn-render" "$work/render/p.json" -o "$work/render/f%03d.png" --quiet
 [ "$(pixel "$work/render/f000.png" 10 10)" = "0 255 0" ] || fail "installed mvn-render drew $(pixel "$work/render/f000.png" 10 10)"
+# Animated pictures come from the media module, found from the prefix too:
+# a blue GIF over the green background fills the frame's left half.
+[ ! -e "$prefix/$libdir/libMVNMedia.so" ] || fail "the media module is installed outside lib/morvane/modules"
+ffmpeg -v error -f lavfi -i "color=c=blue:s=32x64:r=10:d=0.3" "$work/render/blue.gif"
+cat >"$work/render/gif.json" <<'JSON'
+{ "profile": { "width": 64, "height": 64, "fps": 25 },
+  "tracks": [ { "clips": [ { "service": "ogre.color", "length": 2, "properties": { "color": "#00ff00ff" } } ] },
+              { "clips": [ { "service": "codec.gif", "resource": "blue.gif", "length": 2, "geometry": "[0:0 32x64]" } ] } ] }
+JSON
+"$prefix/bin/mvn-render" "$work/render/gif.json" -o "$work/render/g%03d.png" --quiet
+[ "$(pixel "$work/render/g001.png" 10 10)" = "0 0 255" ] || fail "installed mvn-render drew the GIF as $(pixel "$work/render/g001.png" 10 10)"
+[ "$(pixel "$work/render/g001.png" 50 10)" = "0 255 0" ] || fail "installed mvn-render drew beside the GIF $(pixel "$work/render/g001.png" 50 10)"
 mkdir -p "$work/shots"
 "$prefix/bin/mvn-play" "$work/render/p.json" --frames 0:0 --screenshot "$work/shots" --quiet
 [ "$(pixel "$work/shots/frame00000.png" 60 60)" = "0 255 0" ] || fail "installed mvn-play showed $(pixel "$work/shots/frame00000.png" 60 60)"
+mkdir -p "$work/gifshots"
+"$prefix/bin/mvn-play" "$work/render/gif.json" --frames 1:1 --screenshot "$work/gifshots" --quiet
+# Below the timecode label's panel, which darkens the top rows.
+[ "$(pixel "$work/gifshots/frame00001.png" 10 60)" = "0 0 255" ] || fail "installed mvn-play showed the GIF as $(pixel "$work/gifshots/frame00001.png" 10 60)"
 echo "install and embed: ok"

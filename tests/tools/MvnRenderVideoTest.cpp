@@ -1,7 +1,8 @@
 // mvn-render with video clips: a clip's sine, placed after a blank, comes
 // out of the rendered MP4 (decoded here with libavformat) at its time,
 // pitch and volume, beside a picture stream of the same length; --no-audio
-// leaves it out and --audio-out writes it to a WAV file as well; the clip's
+// leaves it out and --audio-out writes it to a WAV file as well, which
+// --audio-only writes alone, to the byte; the clip's
 // picture reaches the output as the ffmpeg command shows it.
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,11 @@ extern "C" {
 namespace fs = std::filesystem;
 
 namespace {
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
 
 int run(const std::string& command) {
     int rc = std::system((command + " >tool.log 2>&1").c_str());
@@ -165,6 +172,13 @@ TEST_F(MvnRenderVideo, TheClipsSoundComesAtItsTimeAndLevelBesideThePictures) {
     EXPECT_EQ(w.left.size(), 3u * 48000);
     EXPECT_NEAR(onset(w.left, 0.02f), 48000, 8);
     EXPECT_NEAR(rms(w.left, 60000, 130000), 0.0442, 0.002);
+
+    // The sound alone is the full render's, sample for sample.
+    const std::string alone = (dir / "alone.wav").string();
+    ASSERT_EQ(run(tool() + " --audio-only -o " + alone), 0);
+    const std::string full = readFile(wav);
+    ASSERT_GT(full.size(), 3u * 48000 * 2 * 4);
+    EXPECT_TRUE(readFile(alone) == full) << "the sound alone differs from the full render's";
 }
 
 TEST_F(MvnRenderVideo, NoAudioLeavesTheSoundOutAndPicturesNeverHoldIt) {
@@ -181,6 +195,12 @@ TEST_F(MvnRenderVideo, NoAudioLeavesTheSoundOutAndPicturesNeverHoldIt) {
     // Ten positions, the sine from the sixth.
     EXPECT_EQ(w.left.size(), 10u * 1920);
     EXPECT_NEAR(onset(w.left, 0.02f), 5 * 1920, 8);
+    const std::string alone = (dir / "apart-alone.wav").string();
+    ASSERT_EQ(run(tool() + " --audio-only --frames 20:29 -o " + alone), 0);
+    EXPECT_TRUE(readFile(alone) == readFile(wav)) << "the sound of frames 20:29 alone differs";
+    // Only a WAV file holds the sound alone.
+    EXPECT_EQ(run(tool() + " --audio-only -o " + (dir / "alone.mp4").string()), 2);
+    EXPECT_FALSE(fs::exists(dir / "alone.mp4"));
 }
 
 TEST_F(MvnRenderVideo, TheClipsPictureReachesTheOutputAsFfmpegShowsIt) {

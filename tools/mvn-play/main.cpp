@@ -36,7 +36,7 @@
 #include "engine/MVNOgreContextSDL.h"
 #include "engine/MVNOgreLabel.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProperties.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNProjectLoader.h"
@@ -351,6 +351,7 @@ int main(int argc, char** argv) {
     }
     if (!MVNToolSetup::enterStateFolder(kTool)) return kExitFailed;
     if (!MVNToolSetup::loadRenderModule(kTool)) return kExitFailed;
+    if (!MVNToolSetup::loadMediaModule(kTool)) return kExitFailed;
 
     MVNProjectLoader loader;
     MVNProject project;

@@ -11,6 +11,7 @@
 // A render shared out in pieces (mvn-farm runs these on a cluster):
 //   mvn-render PROJECT.json -o OUT.mp4 --chunk K/N     (one piece of the range)
 //   mvn-render --join OUT.mp4 [--sound FILE] SEGMENTS...
+//   mvn-render PROJECT.json --audio-only -o SOUND.wav   (the sound alone, for --sound)
 #include <signal.h>
 #include <unistd.h>
 
@@ -22,7 +23,7 @@
 #include <memory>
 #include <string>
 
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
@@ -30,6 +31,7 @@
 #include "MVNProjectCheck.h"
 #include "MVNChunkPlan.h"
 #include "MVNSegmentJoin.h"
+#include "MVNSoundPass.h"
 #include "MVNVideoFileSink.h"
 #include "timeline/MVNProjectLoader.h"
 #include "services/MVNProperties.h"
@@ -71,6 +73,7 @@ struct Options {
     bool listTransitions = false;
     bool audio = true;
     std::string audioOut;
+    bool audioOnly = false;
 };
 
 void usage(FILE* to) {
@@ -89,6 +92,7 @@ void usage(FILE* to) {
                  "  --sync          read each picture back before drawing the next (slower; no overlap)\n"
                  "  --no-audio      leave the sound out of a video file\n"
                  "  --audio-out F   write the sound to the WAV file F as well (48 kHz stereo float)\n"
+                 "  --audio-only    write only the sound, to OUT ending in .wav: no picture is drawn\n"
                  "usage: mvn-render --list-transitions\n"
                  "  prints the named transitions of the render module by family\n");
 }
@@ -159,6 +163,8 @@ int parseArgs(int argc, char** argv, Options& o) {
             o.async = false;
         } else if (a == "--list-transitions") {
             o.listTransitions = true;
+        } else if (a == "--audio-only") {
+            o.audioOnly = true;
         } else if (a == "--no-audio") {
             o.audio = false;
         } else if (a == "--audio-out") {
@@ -190,6 +196,10 @@ int parseArgs(int argc, char** argv, Options& o) {
     }
     if (!o.sound.empty()) {
         std::fprintf(stderr, "mvn-render: --sound goes with --join\n");
+        return -1;
+    }
+    if (o.audioOnly && (o.chunked || !o.audio || !o.audioOut.empty())) {
+        std::fprintf(stderr, "mvn-render: --audio-only writes the whole sound to -o alone\n");
         return -1;
     }
     if (!o.listTransitions && (o.project.empty() || o.output.empty())) {
@@ -244,6 +254,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (!opt.joinOutput.empty()) return joinSegments(opt);
+    if (opt.audioOnly) return MVNSoundPass::run({opt.project, opt.output, opt.profile, opt.first, opt.last, opt.quiet});
 
     std::error_code ec;
     std::string audioOut = opt.audioOut;

@@ -89,6 +89,16 @@ bool MVNToolSetup::loadRenderModule(const std::string& tool) {
     return true;
 }
 
+bool MVNToolSetup::loadMediaModule(const std::string& tool) {
+    std::string module = findModule("libMVNMedia.so");
+    if (module.empty() || loadModule(module) != 0) {
+        std::fprintf(stderr, "%s: the media module libMVNMedia.so could not be loaded%s\n", tool.c_str(),
+                     module.empty() ? " (not found)" : "");
+        return false;
+    }
+    return true;
+}
+
 std::string MVNToolSetup::join(const std::vector<std::string>& parts, char sep) {
     std::string out;
     for (const auto& p : parts) {

@@ -27,6 +27,9 @@ public:
     static bool enterStateFolder(const std::string& tool);
     // Finds and loads libMVNOgre.so; false with a message on stderr.
     static bool loadRenderModule(const std::string& tool);
+    // Finds and loads libMVNMedia.so (video files, GIFs, pictures decoded
+    // on the processor); false with a message on stderr.
+    static bool loadMediaModule(const std::string& tool);
     static std::string join(const std::vector<std::string>& parts, char sep);
 };
 

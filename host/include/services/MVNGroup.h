@@ -15,6 +15,7 @@ public:
     virtual MVNFrame* processImage(int position, MVNFrame* frame) { return nullptr; }
     // A group sounds like its sub-timeline at the same position.
     int _getAudio(int position, void* converter, MVNFrame** frame) override;
+    bool _drawsOwnFilters() const override { return true; }
     virtual void reconfig() {}
     virtual void _OnConnected() {}
     virtual void _OnDisconnected() {}

@@ -12,7 +12,6 @@ namespace Morvane {
 class MVNDecoder;
 class MVNFilter;
 class MVNRenderTexture;
-class MVNTransition;
 
 // A source of frames in the timeline.
 //
@@ -79,8 +78,9 @@ public:
     // Back to the shared scene; -1 when not connected to `name`.
     virtual int disconnectGroup(const std::string& name);
     virtual bool containGroup() { return false; }
-    virtual int connectTransition(MVNTransition* transition);
-    virtual int disconnectTransition(MVNTransition* transition);
+    // A transition (itself a producer) that takes this one as an input.
+    virtual int connectTransition(MVNProducer* transition);
+    virtual int disconnectTransition(MVNProducer* transition);
     virtual void _OnGeometryChanged(const MVNRect& rect) {}
     virtual void _OnVisibleChanged(bool visible) {}
     virtual int _getAudio(int position, void* converter, MVNFrame** frame) { return -1; }
@@ -96,8 +96,14 @@ public:
     virtual void _OnRotationChanged(int rotation) {}
     virtual void _OnAttach(const MVNFilter* filter) {}
     virtual void _OnDetach(const MVNFilter* filter) {}
-    virtual void _OnTransitionConnected(MVNTransition* transition) {}
-    virtual void _OnTransitionDisconnected(MVNTransition* transition) {}
+    virtual void _OnTransitionConnected(MVNProducer* transition) {}
+    virtual void _OnTransitionDisconnected(MVNProducer* transition) {}
+    // `input`, connected to this producer as a transition's input, is being
+    // destroyed: whatever points at it must let go now.
+    virtual void _OnInputDestroyed(MVNProducer* input) {}
+    // A group runs its video filters itself while it draws, and its first
+    // filter reads the group's render texture instead of a frame.
+    virtual bool _drawsOwnFilters() const { return false; }
     virtual void _OnGroupConnected(const std::string& name) {}
     virtual void _OnGroupDisconnected(const std::string& name) {}
     // Builds the producer's render texture through the registered
@@ -192,7 +198,7 @@ private:
     // Recursive: a filter's hook may ask the producer for a refresh while
     // the chain is being changed.
     std::recursive_mutex mFiltersLock;
-    std::vector<MVNTransition*> mTransitions;
+    std::vector<MVNProducer*> mTransitions;
     std::shared_ptr<MVNDecoder> mDecoder;
     std::string mGroup;
     std::string mTextureNodeName;

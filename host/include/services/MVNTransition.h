@@ -30,6 +30,8 @@ public:
     int getRenderType(int position) override;
     void setActive(bool active, bool force, int position, int flags) override;
     bool containGroup() override;
+    // An input going away leaves the transition unconnected.
+    void _OnInputDestroyed(MVNProducer* input) override { disconnect(); }
     int _getAudio(int position, void* converter, MVNFrame** frame) override;
     // Frames of A and B (null where one fails) go to processImage. A null
     // result means the picture is drawn with the scene: *frame is then a

@@ -72,6 +72,11 @@ public:
     // producer, no render system, a read that failed, or a sink that
     // stopped. Positions whose picture never came back are logged.
     int renderRange(int first, int last);
+    // The sound of first..last alone, position by position to the sound
+    // sink, exactly as renderRange delivers it, with nothing drawn or read
+    // back: no render system is needed. The number of positions delivered,
+    // or -1 (logged) with no producer, no sound sink or a sink that stopped.
+    int renderSoundRange(int first, int last);
 
     // Runs renderRange(frame(), out) on a thread of its own, where out is
     // the producer's "out" (or the property "out" of the consumer when set).

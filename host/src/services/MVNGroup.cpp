@@ -1,7 +1,7 @@
 #include "services/MVNGroup.h"
 
 #include "core/AutoLock.h"
-#include "services/MVNFactory.h"
+#include "services/MVNRegistryHooks.h"
 #include "core/MVNLog.h"
 
 namespace Morvane {
@@ -15,7 +15,7 @@ MVNGroup::MVNGroup(const MVNProfile& profile) : MVNProducer(profile) { setType(M
 MVNGroup::~MVNGroup() = default;
 
 int MVNGroup::connect(const std::string& id) {
-    MVNProducer* child = getProducerById(id);
+    MVNProducer* child = MVNRegistryHooks::getProducerById(id);
     if (child == nullptr) {
         log_error(kTag, "%s connect failed, no producer %s", getStringId().c_str(), id.c_str());
         return -1;

@@ -8,13 +8,11 @@
 #include "core/MVNAudioBlock.h"
 #include "core/MVNByteBuffer.h"
 #include "services/MVNDecoder.h"
-#include "services/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "core/MVNFrame.h"
-#include "services/MVNGroup.h"
 #include "core/MVNLog.h"
 #include "services/MVNRenderTexture.h"
-#include "services/MVNTransition.h"
+#include "services/MVNRegistryHooks.h"
 
 namespace Morvane {
 
@@ -31,12 +29,12 @@ MVNProducer::~MVNProducer() {
     // Whatever still points at this producer is told now, while the
     // pointers are good: transitions drop it as an input, filters are left
     // unattached.
-    std::vector<MVNTransition*> transitions;
+    std::vector<MVNProducer*> transitions;
     {
         std::lock_guard<std::recursive_mutex> guard(mStateLock);
         transitions = mTransitions;
     }
-    for (MVNTransition* t : transitions) t->disconnect();
+    for (MVNProducer* t : transitions) t->_OnInputDestroyed(this);
     {
         std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
         for (auto* list : {&mVideoFilters, &mVideoFiltersCPU, &mAudioFilters}) {
@@ -153,7 +151,7 @@ int MVNProducer::getImage(int position, MVNFrame** frame) {
         }
         if (!mVideoFilters.empty()) {
             // A group runs its video filters itself while it draws.
-            if (dynamic_cast<MVNGroup*>(this) == nullptr) f = _runChain(mVideoFilters, position, f);
+            if (!_drawsOwnFilters()) f = _runChain(mVideoFilters, position, f);
             for (MVNFilter* filter : mVideoFilters) filtered = filtered || filter->drawsPicture();
         }
     }
@@ -319,7 +317,7 @@ void MVNProducer::_moveFiltersToGroup() {
     for (MVNFilter* f : mVideoFilters) f->reconfig();
 }
 
-int MVNProducer::connectTransition(MVNTransition* transition) {
+int MVNProducer::connectTransition(MVNProducer* transition) {
     if (transition == nullptr) return -1;
     {
         std::lock_guard<std::recursive_mutex> guard(mStateLock);
@@ -330,7 +328,7 @@ int MVNProducer::connectTransition(MVNTransition* transition) {
     return 0;
 }
 
-int MVNProducer::disconnectTransition(MVNTransition* transition) {
+int MVNProducer::disconnectTransition(MVNProducer* transition) {
     {
         std::lock_guard<std::recursive_mutex> guard(mStateLock);
         auto it = std::find(mTransitions.begin(), mTransitions.end(), transition);
@@ -362,7 +360,7 @@ void MVNProducer::_createTextureNode(const std::string& name, bool apply) {
     p.setInt32("zOrder", getInt32("zOrder", 0));
     p.setString("resource", name);
     p.setString("_groupName", mGroup);
-    MVNRenderTexture* texture = createRenderTexture(kRenderTextureFactory, mProfile, p);
+    MVNRenderTexture* texture = MVNRegistryHooks::createRenderTexture(kRenderTextureFactory, mProfile, p);
     if (texture == nullptr) {
         log_error(kTag, "%s _createTextureNode failed, no render texture", getStringId().c_str());
         return;
@@ -470,7 +468,7 @@ int MVNProducer::attach(MVNFilter* filter) {
         // render texture instead of drawing into the scene.
         if (prev != nullptr && prev->getInt32("_outputType", MVN_OUTPUT_NONE) != MVN_OUTPUT_RTT)
             prev->setInt32("_outputType", MVN_OUTPUT_RTT);
-        bool groupHead = prev == nullptr && dynamic_cast<MVNGroup*>(this) != nullptr;
+        bool groupHead = prev == nullptr && _drawsOwnFilters();
         filter->block();
         if (groupHead) {
             // The first filter of a group reads the group's render texture.
@@ -540,7 +538,7 @@ void MVNProducer::detachAll() {
 
 void MVNProducer::_updateFilterChain() {
     std::lock_guard<std::recursive_mutex> guard(mFiltersLock);
-    bool group = dynamic_cast<MVNGroup*>(this) != nullptr;
+    bool group = _drawsOwnFilters();
     for (size_t i = 0; i < mVideoFilters.size(); ++i) {
         MVNFilter* f = mVideoFilters[i];
         if (i > 0 || !group) {

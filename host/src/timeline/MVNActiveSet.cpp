@@ -1,6 +1,6 @@
 #include "timeline/MVNActiveSet.h"
 
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNFrame.h"
 #include "services/MVNProducer.h"
 

@@ -2,7 +2,7 @@
 
 #include "core/MVNAudioBlock.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "timeline/MVNPlaylist.h"
 #include "services/MVNTransitionAudio.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNLog.h"
 #include "core/MVNAudioBlock.h"
 #include "core/MVNFrame.h"

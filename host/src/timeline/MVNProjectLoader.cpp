@@ -11,7 +11,7 @@
 
 #include "core/MVNCellKinds.h"
 #include "core/MVNMediaProbe.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "services/MVNGroup.h"
 #include "core/MVNLog.h"

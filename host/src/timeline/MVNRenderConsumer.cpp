@@ -69,6 +69,24 @@ int MVNRenderConsumer::renderRange(int first, int last) {
     return mDelivered.load() - before;
 }
 
+int MVNRenderConsumer::renderSoundRange(int first, int last) {
+    if (!connectedProducer()) {
+        log_error(TAG, "renderSoundRange failed, no producer connected");
+        return -1;
+    }
+    if (!mSoundSink) {
+        log_error(TAG, "renderSoundRange failed, no sound sink");
+        return -1;
+    }
+    mStopRequested = false;
+    int delivered = 0;
+    for (int position = first; position <= last && !mStopRequested; ++position) {
+        if (deliverSound(position) != 0) return -1;
+        ++delivered;
+    }
+    return delivered;
+}
+
 int MVNRenderConsumer::renderOne(int position) {
     MVNFrame* frame = nullptr;
     // The producer draws into the renderer's scene; its own frame isn't

@@ -7,7 +7,7 @@
 
 #include "FakeServices.h"
 #include "LogCapture.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNGroup.h"
 #include "timeline/MVNRepository.h"
 

@@ -8,7 +8,7 @@
 
 #include "core/MVNAudioBlock.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNPlaylist.h"
 #include "timeline/MVNTractor.h"
 

@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "FakeServices.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNGroup.h"
 #include "services/MVNTransition.h"
 #include "timeline/MVNPlaylist.h"

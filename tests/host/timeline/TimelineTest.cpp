@@ -7,7 +7,7 @@
 
 #include "FakeServices.h"
 #include "LogCapture.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNPlaylist.h"
 #include "timeline/MVNTractor.h"
 #include "services/MVNTransitionAudio.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 #include "services/MVNProperties.h"
 #include "timeline/MVNModule.h"

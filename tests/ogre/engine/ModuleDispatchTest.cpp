@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNModule.h"
 #include "engine/MVNOgreManager.h"
 #include "core/MVNProfile.h"

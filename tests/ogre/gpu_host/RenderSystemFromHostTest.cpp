@@ -10,7 +10,7 @@
 
 #include "core/MVNByteBuffer.h"
 #include "core/MVNByteBufferPool.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNFrame.h"
 #include "timeline/MVNModule.h"
 #include "core/MVNProfile.h"

@@ -10,7 +10,7 @@
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "timeline/MVNProjectLoader.h"
 #include "timeline/MVNTractor.h"
 

@@ -2,9 +2,10 @@
 # A one-node Slurm cluster on this machine (munge, slurmctld and slurmd on
 # localhost, configured in a temporary folder): mvn-farm renders a
 # 200-frame project in 4 chunks and joins them; the film must have the
-# single render's frame count and timestamps, and each frame must be the
-# single render's within a mean of 1 level. The daemons it starts are
-# stopped by their process ids.
+# single render's frame count and timestamps, each frame must be the
+# single render's within a mean of 1 level, and the sound, rendered once by
+# a job of its own, must be the single render's with no gap at a chunk
+# border. The daemons it starts are stopped by their process ids.
 #
 #   tests/tools/farm/farm-test.sh BUILD_DIR
 set -euo pipefail
@@ -93,7 +94,11 @@ done
 [ "$(sinfo -h -o %t 2>/dev/null)" = idle ] || { echo "farm-test: the node did not come up" >&2; exit 1; }
 
 # 200 frames: cuts that fall inside chunks and on their borders, a box that
-# changes size, so the encoder has something to say at every border.
+# changes size, so the encoder has something to say at every border, and a
+# small video clip whose 440 Hz tone sounds over the whole range.
+ffmpeg -hide_banner -loglevel error -nostdin -y -f lavfi -i testsrc2=s=64x36:r=25:d=8 \
+  -f lavfi -i sine=frequency=440:sample_rate=48000:duration=8 -af 'pan=stereo|c0=c0|c1=c0' \
+  -c:v libx264 -preset ultrafast -g 25 -pix_fmt yuv420p -c:a aac -shortest "$t/tone.mp4"
 cat >"$t/film.json" <<'JSON'
 {
   "profile": { "width": 320, "height": 180, "fps": 25 },
@@ -103,13 +108,16 @@ cat >"$t/film.json" <<'JSON'
                  { "service": "ogre.color", "length": 100, "properties": { "color": "#2080c0ff" } } ] },
     { "clips": [ { "service": "ogre.color", "length": 45, "geometry": "[20:20 80x60]", "properties": { "color": "#ff00ffff" } },
                  { "service": "ogre.color", "length": 60, "geometry": "[100:40 160x100]", "properties": { "color": "#ffffffff" } },
-                 { "service": "ogre.color", "length": 95, "geometry": "[10:100 300x70]", "properties": { "color": "#00ff00ff" } } ] }
+                 { "service": "ogre.color", "length": 95, "geometry": "[10:100 300x70]", "properties": { "color": "#00ff00ff" } } ] },
+    { "clips": [ { "service": "codec.video", "resource": "tone.mp4", "length": 200, "geometry": "[0:0 64x36]" } ] }
   ]
 }
 JSON
 
 "$render" "$t/film.json" -o "$t/single.mp4" --quiet
-MVN_RENDER=$render MVN_FARM_POLL=1 "$farm" "$t/film.json" -o "$t/out/film.mp4" --chunks 4 --time=10
+MVN_RENDER=$render MVN_FARM_POLL=1 "$farm" "$t/film.json" -o "$t/out/film.mp4" --chunks 4 --time=10 | tee "$t/farm.out"
+grep -q "^mvn-farm: 4 chunks in job [0-9]*, the sound in job [0-9]*, the join in job [0-9]*;" "$t/farm.out" ||
+  { echo "farm-test: the sound was not rendered by a job of its own" >&2; exit 1; }
 ls "$t"/out/film.chunk-* >/dev/null 2>&1 && { echo "farm-test: the segments were left behind" >&2; exit 1; }
 
 python3 - "$t/single.mp4" "$t/out/film.mp4" <<'PY'
@@ -133,6 +141,28 @@ plane = w * h
 worst = max((sum(abs(x - y) for x, y in zip(pa[f*plane:(f+1)*plane], pb[f*plane:(f+1)*plane])) / plane, f) for f in range(n))
 assert worst[0] <= 1.0, f"frame {worst[1]} differs by a mean of {worst[0]:.3f} levels"
 print(f"farm-test: {n} frames, timestamps equal, largest mean difference {worst[0]:.3f} levels (frame {worst[1]})")
+
+# The sound: the single render's within the coder's noise, no shorter, and
+# never silent around a chunk border (every 50 frames, 2 s at 25 fps).
+import array, math
+def sound(p):
+    raw = subprocess.run(["ffmpeg", "-v", "error", "-i", p, "-map", "0:a", "-ac", "1", "-f", "f32le", "-"],
+                         check=True, capture_output=True).stdout
+    return array.array("f", raw)
+sa, sb = sound(single), sound(joined)
+rate = 48000
+assert abs(len(sa) - len(sb)) <= 1024, f"sound lengths {len(sa)} and {len(sb)}"
+m = min(len(sa), len(sb)) - 1024
+rms = lambda s, a, b: math.sqrt(sum(x * x for x in s[a:b]) / (b - a))
+diff = math.sqrt(sum((x - y) ** 2 for x, y in zip(sa[2048:m], sb[2048:m])) / (m - 2048))
+level = rms(sa, 2048, m)
+assert level > 0.05, f"the single render's sound has an RMS of {level:.4f}"
+assert diff < 0.1 * level, f"the joined sound differs from the single render's by an RMS of {diff:.4f} ({level:.4f})"
+for border in (2, 4, 6):
+    at = border * rate
+    for a in range(at - 960, at + 960, 240):
+        assert rms(sb, a, a + 240) > 0.5 * level, f"the joined sound drops at {a / rate:.3f} s (chunk border {border} s)"
+print(f"farm-test: sound RMS {level:.4f}, differs by {diff:.4f}, no gap at the chunk borders")
 PY
 
 # A chunk that fails (5 chunks of 4 key-frame intervals: mvn-render refuses

@@ -46,8 +46,8 @@ public:
     int _getImage(int position, MVNFrame** frame) override;
     void _OnAttach(const MVNFilter* filter) override;
     void _OnDetach(const MVNFilter* filter) override;
-    void _OnTransitionConnected(MVNTransition* transition) override;
-    void _OnTransitionDisconnected(MVNTransition* transition) override;
+    void _OnTransitionConnected(MVNProducer* transition) override;
+    void _OnTransitionDisconnected(MVNProducer* transition) override;
     // Moved into (or out of) another group's scene: the quad follows.
     void _OnGroupConnected(const std::string& name) override;
     void _OnGroupDisconnected(const std::string& name) override;

@@ -10,7 +10,7 @@
 #include "core/MVNGeometry.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNTransitionAudio.h"
 #include "timeline/MVNPlaylist.h"
 #include "timeline/MVNRepository.h"

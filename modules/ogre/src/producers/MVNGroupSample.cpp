@@ -234,12 +234,12 @@ void MVNGroupSample::_OnDetach(const MVNFilter* filter) {
     refreshRender(getInt32("_frames", 0));
 }
 
-void MVNGroupSample::_OnTransitionConnected(MVNTransition* transition) {
+void MVNGroupSample::_OnTransitionConnected(MVNProducer* transition) {
     // The transition takes over the drawing.
     _deleteNode();
 }
 
-void MVNGroupSample::_OnTransitionDisconnected(MVNTransition* transition) { reconfig(); }
+void MVNGroupSample::_OnTransitionDisconnected(MVNProducer* transition) { reconfig(); }
 
 void MVNGroupSample::_OnGroupConnected(const std::string& name) {
     if (sceneManager != nullptr) reconfig();

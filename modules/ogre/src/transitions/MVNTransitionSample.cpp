@@ -7,7 +7,7 @@
 #include "core/MVNByteBufferPool.h"
 #include "core/MVNFrame.h"
 #include "core/MVNLog.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "timeline/MVNManager.h"
 #include "transitions/MVNOgreTransitionMaterialCanvas.h"

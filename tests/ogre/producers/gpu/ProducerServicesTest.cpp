@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "LogCapture.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "core/MVNFrame.h"
 #include "timeline/MVNManager.h"
 #include "services/MVNProducer.h"

@@ -9,7 +9,7 @@
 #include "core/MVNFrame.h"
 #include "scene/MVNOgreRenderTexture.h"
 #include "producers/MVNProducerColor.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 #include "QuadTestSupport.h"
 

@@ -17,7 +17,7 @@
 #include "LogCapture.h"
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 #include "text/MVNProducerText.h"
 

@@ -15,7 +15,7 @@
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 
 using namespace Morvane;

@@ -13,7 +13,7 @@
 #include "PictureClip.h"
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "transitions/MVNOgreTransitionMaterialCanvas.h"
 #include "transitions/MVNTransitionSample.h"
 

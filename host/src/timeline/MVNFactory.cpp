@@ -1,4 +1,4 @@
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +11,7 @@
 #include "core/MVNLog.h"
 #include "timeline/MVNPlaylist.h"
 #include "services/MVNProducer.h"
+#include "services/MVNRegistryHooks.h"
 #include "timeline/MVNRepository.h"
 #include "timeline/MVNTractor.h"
 #include "services/MVNTransition.h"
@@ -307,5 +308,11 @@ MVNRenderTexture* createRenderTexture(const std::string& name, const MVNProfile&
                                       const MVNProperties& properties) {
     return MVNRepository::getSingleton()->createRenderTexture(name, profile, properties);
 }
+
+namespace {
+// The services below reach the registry through these look-ups, installed
+// as the library loads.
+[[maybe_unused]] const bool kHooksInstalled = (MVNRegistryHooks::install(&createRenderTexture, &getProducerById), true);
+}  // namespace
 
 }  // namespace Morvane

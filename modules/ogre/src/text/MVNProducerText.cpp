@@ -210,6 +210,7 @@ void MVNProducerText::_textReleaseRenderableWait() {
 
 void MVNProducerText::_textRelease() {
     try {
+        _releaseTextTitle();
         _releaseTextOutScene();
         _releaseTextMesh(getInt32("zOrder", 0));
     } catch (const std::exception& e) {
@@ -242,11 +243,10 @@ int MVNProducerText::_getImage(int position, MVNFrame** frame) {
 
 void MVNProducerText::render(int frame) {
     if (getInt32("hidden", 0) != 0) return;
-    if (_needRtt) {
-        _checkTextRenderVisibleRaWait(frame);
-        // Animations are not drawn by this build; the track is drawn as is.
-        _renderTargetUpdateRaWait();
-    }
+    if (_needRtt) _checkTextRenderVisibleRaWait(frame);
+    _updateTitleFrames(frame - getIn());
+    // Animations are not drawn by this build; the track is drawn as is.
+    if (_needRtt) _renderTargetUpdateRaWait();
     _textVisibleRaWait(true);
 }
 
@@ -286,13 +286,24 @@ void MVNProducerText::_renderTargetUpdate() {
     if (target != nullptr) target->update(true);
 }
 
-void MVNProducerText::_checkTextRenderVisible(int) {
+void MVNProducerText::_checkTextRenderVisible(int frame) {
     Ogre::SceneManager* mgr = getRttMgr();
     Ogre::SceneNode* index = getRttIndexNode();
     if (mgr == nullptr || index == nullptr) return;
     bool redraw = false;
     const std::string mine = "animation" + _fontInfo.textID;
+    const bool editing = getBoolean("_textEditStatus", false);
+    // Glyph by glyph animations start from nothing at the clip's first frame.
+    const int type = getInt32("textAnimationType", 0);
+    const bool perGlyph = type == 10 || type == 23;
+    if (editing) {
+        // The user edits the text as it finally stands: no animation runs.
+        index->resetToInitialState();
+        for (auto& state : mgr->getAnimationStateIterator()) state.second->setEnabled(false);
+        redraw = true;
+    }
     for (auto& state : mgr->getAnimationStateIterator()) {
+        if (editing) break;
         Ogre::AnimationState* s = state.second;
         if (s->getAnimationName() == mine) {
             if (!s->getEnabled()) {
@@ -309,7 +320,12 @@ void MVNProducerText::_checkTextRenderVisible(int) {
         const std::string& name = child->getName();
         if (name == "TextRttCamera" || name == "MeshPointNode" || name == "MeshSpecularNode") continue;
         Ogre::SceneNode* node = static_cast<Ogre::SceneNode*>(child);
-        if (name == _rttNodeName) {
+        if (name == _rttNodeName && perGlyph) {
+            if (editing || frame == 0) {
+                node->setVisible(editing, true);
+                redraw = true;
+            }
+        } else if (name == _rttNodeName) {
             bool hidden = false;
             for (Ogre::Node* glyph : node->getChildren()) {
                 Ogre::SceneNode* g = static_cast<Ogre::SceneNode*>(glyph);
@@ -395,15 +411,25 @@ int MVNProducerText::_reconfigTextStatus(const char* name) {
                 if (_sceneManager->hasEntity("mOutBoxEnt" + _fontInfo.textID))
                     _sceneManager->getEntity("mOutBoxEnt" + _fontInfo.textID)
                         ->setRenderQueueGroupAndPriority(50, static_cast<Ogre::ushort>(std::max(z - 5, 0)));
+                if (_sceneManager->hasEntity("mOutTitleEnt" + _fontInfo.textID))
+                    _sceneManager->getEntity("mOutTitleEnt" + _fontInfo.textID)
+                        ->setRenderQueueGroupAndPriority(50, static_cast<Ogre::ushort>(std::max(z - 4, 0)));
                 _fontInfo.zOrder = z;
             }
             _updateTextGeo(_geometry);
+            _setTextTitleGeo(getRect("textBgGeometry", MVNRect()));
         } else if (is("textRoll")) {
             Ogre::SceneNode* node = _sceneManager->getSceneNode(_nodeName);
             node->resetOrientation();
             node->roll(Ogre::Degree(static_cast<float>(getDouble("textRoll", 0))));
         } else if (is("textThreePitch") || is("textThreeYaw")) {
             _placeIndexNode(false);
+        } else if (is("textBgGeometry")) {
+            _setTextTitleGeo(getRect("textBgGeometry", MVNRect()));
+        } else if (is("textTitleVideoPath") || is("textTitleMaskVideoPath")) {
+            _updateTextTitleVideo();
+        } else if (is("textTitleImagePath") || is("textTitleImageName")) {
+            _updateTextTitleImage();
         } else if (is("textBgAngle")) {
             if (_sceneManager->hasSceneNode(_titleNodeName)) {
                 Ogre::SceneNode* node = _sceneManager->getSceneNode(_titleNodeName);
@@ -463,6 +489,8 @@ int MVNProducerText::_textUpdate() {
     _fontInfo.fontFile = getString("textFontFile", _fontInfo.fontFile);
     _fontInfo.backupPath = getString("textBackupPath", _fontInfo.backupPath);
     _updateTextNode();
+    _updateTextTitleVideo();
+    _updateTextTitleImage();
     return 0;
 }
 

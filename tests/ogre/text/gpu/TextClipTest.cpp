@@ -318,6 +318,25 @@ TEST_F(TextClips, CjkDrawsWithTheDefaultFont) {
     EXPECT_GT(ink.height(), 30);
 }
 
+TEST_F(TextClips, ACharacterMissingFromBothFacesIsSkipped) {
+    auto ink = [this](const std::string& text, Box* box) {
+        MVNProducer* clip = make(textProps(text, 48));
+        show(clip);
+        std::vector<uint8_t> mask = inkMask(box);
+        clip->resetRender(0);
+        int n = 0;
+        for (uint8_t m : mask) n += m;
+        return n;
+    };
+    Box plain, gap;
+    const int ab = ink("AB", &plain);
+    // U+0378 is unassigned: no face maps it, and no .notdef box stands in.
+    const int withGap = ink("A\xcd\xb8" "B", &gap);
+    ASSERT_GT(ab, 0);
+    EXPECT_NEAR(withGap, ab, ab / 50) << "ink pixels";
+    EXPECT_NEAR(gap.width(), plain.width(), 3);
+}
+
 TEST_F(TextClips, ExtrudedTextTurnedByYawShowsSidesLitUnlikeTheFront) {
     MVNProperties props = textProps("H", 100);
     props.setBoolean("textThree", true);
@@ -340,6 +359,34 @@ TEST_F(TextClips, ExtrudedTextTurnedByYawShowsSidesLitUnlikeTheFront) {
     int lit = 0;
     for (const auto& s : shades) lit += s.second >= 150;
     EXPECT_GE(lit, 2) << "shades with at least 150 pixels";
+}
+
+TEST_F(TextClips, ExtrudedTextEdgesAreAntiAliased) {
+    // On black, a partly covered edge pixel is the face's shade times its
+    // coverage: darker than any lit face. Without multisampling in the track
+    // texture an edge pixel is all face or all background.
+    TestScene::setBackground(kBlack);
+    MVNProperties props = textProps("VAV", 100);
+    props.setBoolean("textThree", true);
+    props.setInt32("textDepth", 8);
+    MVNProducer* clip = make(props);
+    ASSERT_NE(clip, nullptr);
+    show(clip);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    int darkest = 255, edge = 0, lit = 0;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            const int v = out.at(x, y).g;
+            if (v >= 100) ++lit, darkest = std::min(darkest, v);
+        }
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            const int v = out.at(x, y).g;
+            edge += v >= 8 && v < 60;
+        }
+    ASSERT_GT(lit, 2000) << "the front faces are lit";
+    EXPECT_GT(edge, 60) << "edge pixels between background and face";
 }
 
 TEST_F(TextClips, ExtrudedClipsOneAfterTheOtherOnATrackBothDrawTheirFront) {

@@ -1,6 +1,11 @@
 // Text clips written in a project file: the loader builds them with their
-// properties and geometry, and the title shows inside its box.
+// properties and geometry, and the title shows inside its box; title
+// pictures are found beside the project, and a missing one names its place
+// in the file.
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
 
 #include "ProjectSceneTest.h"
 
@@ -29,6 +34,31 @@ TEST_F(TextProject, ATitleShowsInItsGeometryInItsColour) {
         }
     EXPECT_GT(inside, 150);
     EXPECT_EQ(outside, 0);
+}
+
+TEST_F(TextProject, TitlePicturesAreFoundBesideTheProjectAndAMissingOneNamesItsKey) {
+    ASSERT_EQ(std::system("ffmpeg -v error -y -f lavfi -i color=c=0x00c000:s=16x16 -frames:v 1 green.png"), 0);
+    // A picture beside the project in the top-left quarter, from the top.
+    ASSERT_EQ(load(R"([ { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
+        "textSize": 40, "textTitleImageName": "green.png", "textBgGeometry": "[0:0 160x90]" } } ] } ])"),
+              0)
+        << loader.error();
+    draw(0);
+    {
+        RenderImage out(W, H);
+        ASSERT_TRUE(out.ok());
+        EXPECT_EQ(wrongIn(out, 0, 0, 40, 40, RGBA{0, 192, 0, 255}), 0) << out.at(10, 10);
+        EXPECT_EQ(out.at(10, H - 10), kMagenta);
+        EXPECT_EQ(out.at(W - 10, 10), kMagenta);
+    }
+    MVNProjectLoader::unload(project);
+    EXPECT_EQ(load(R"([ { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
+        "textTitleVideoPath": "nowhere.mp4", "textTitleMaskVideoPath": "green.png" } } ] } ])"),
+              -1);
+    const std::filesystem::path here = std::filesystem::current_path();
+    EXPECT_EQ(loader.error(), (here / "show.json").string() +
+                                  ": tracks[0].clips[0].properties.textTitleVideoPath: file not found: " +
+                                  (here / "nowhere.mp4").string());
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <OgreMaterialManager.h>
 #include <OgreMeshManager.h>
 #include <OgreRenderTexture.h>
+#include <OgreRenderSystem.h>
 #include <OgreRoot.h>
 #include <OgreSceneManager.h>
 #include <OgreTechnique.h>
@@ -293,6 +294,10 @@ int MVNProducerText::_releaseTextMesh(int zOrder) {
     // Camera node and two light nodes: nothing else left on the track.
     if (mgr->getRootSceneNode()->numChildren() == 3) {
         TextUtils::removeTexture("_TextRttTrackTexture" + std::to_string(zOrder));
+        // The multisampled depth buffer of that texture stays in the render
+        // system's pool; handed to the track's next texture it left the
+        // extruded caps failing the depth test. The next one gets its own.
+        root->getRenderSystem()->_cleanupDepthBuffers(false);
         mgr->clearScene();
         mgr->destroyAllAnimationStates();
         mgr->destroyAllAnimations();

@@ -9,7 +9,6 @@
 #include <OgreMaterialManager.h>
 #include <OgreMeshManager.h>
 #include <OgreRenderTexture.h>
-#include <OgreRenderSystem.h>
 #include <OgreRoot.h>
 #include <OgreSceneManager.h>
 #include <OgreTechnique.h>
@@ -75,14 +74,14 @@ int MVNProducerText::_textOgreRttInit() {
             spot->setSpecularColour(0.7f, 0.7f, 0.7f);
             spot->setSpotlightRange(Ogre::Degree(15), Ogre::Degree(120), 1.0f);
             mgr->getRootSceneNode()->createChildSceneNode("MeshSpecularNode", Ogre::Vector3(0, 0, 200))->attachObject(spot);
-            // Multisampled like the composition: the glyph edges are drawn
-            // here, and the plane that shows this texture can't smooth them.
-            MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext();
-            const int fsaa = context != nullptr ? context->chooseAntiAliasingLevel() : 0;
+            // Single-sampled: a multisampled track texture made after another
+            // one was destroyed draws its extruded caps black on the GL
+            // render system (the depth buffer it is given from the pool does
+            // not match); edges are smoothed when the plane is composed.
             Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
                 "_TextRttTrackTexture" + _zSuffix(), kGroup, Ogre::TEX_TYPE_2D, profileW, profileH, 1, 0,
                 Ogre::PF_B8G8R8, Ogre::TU_RENDERTARGET, nullptr, false,
-                fsaa, "");
+                0, "");
             Ogre::RenderTarget* target = texture->getBuffer()->getRenderTarget();
             Ogre::Viewport* viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
             viewport->setBackgroundColour(Ogre::ColourValue::ZERO);
@@ -294,10 +293,6 @@ int MVNProducerText::_releaseTextMesh(int zOrder) {
     // Camera node and two light nodes: nothing else left on the track.
     if (mgr->getRootSceneNode()->numChildren() == 3) {
         TextUtils::removeTexture("_TextRttTrackTexture" + std::to_string(zOrder));
-        // The multisampled depth buffer of that texture stays in the render
-        // system's pool; handed to the track's next texture it left the
-        // extruded caps failing the depth test. The next one gets its own.
-        root->getRenderSystem()->_cleanupDepthBuffers(false);
         mgr->clearScene();
         mgr->destroyAllAnimationStates();
         mgr->destroyAllAnimations();

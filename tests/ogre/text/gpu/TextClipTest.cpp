@@ -361,34 +361,6 @@ TEST_F(TextClips, ExtrudedTextTurnedByYawShowsSidesLitUnlikeTheFront) {
     EXPECT_GE(lit, 2) << "shades with at least 150 pixels";
 }
 
-TEST_F(TextClips, ExtrudedTextEdgesAreAntiAliased) {
-    // On black, a partly covered edge pixel is the face's shade times its
-    // coverage: darker than any lit face. Without multisampling in the track
-    // texture an edge pixel is all face or all background.
-    TestScene::setBackground(kBlack);
-    MVNProperties props = textProps("VAV", 100);
-    props.setBoolean("textThree", true);
-    props.setInt32("textDepth", 8);
-    MVNProducer* clip = make(props);
-    ASSERT_NE(clip, nullptr);
-    show(clip);
-    Composition out(W, H);
-    ASSERT_TRUE(out.ok());
-    int darkest = 255, edge = 0, lit = 0;
-    for (int y = 0; y < H; ++y)
-        for (int x = 0; x < W; ++x) {
-            const int v = out.at(x, y).g;
-            if (v >= 100) ++lit, darkest = std::min(darkest, v);
-        }
-    for (int y = 0; y < H; ++y)
-        for (int x = 0; x < W; ++x) {
-            const int v = out.at(x, y).g;
-            edge += v >= 8 && v < 60;
-        }
-    ASSERT_GT(lit, 2000) << "the front faces are lit";
-    EXPECT_GT(edge, 60) << "edge pixels between background and face";
-}
-
 TEST_F(TextClips, ExtrudedClipsOneAfterTheOtherOnATrackBothDrawTheirFront) {
     for (int i = 0; i < 2; ++i) {
         MVNProperties props = textProps("H", 100);

@@ -38,8 +38,10 @@ TEST_F(TextProject, ATitleShowsInItsGeometryInItsColour) {
 
 TEST_F(TextProject, TitlePicturesAreFoundBesideTheProjectAndAMissingOneNamesItsKey) {
     ASSERT_EQ(std::system("ffmpeg -v error -y -f lavfi -i color=c=0x00c000:s=16x16 -frames:v 1 green.png"), 0);
-    // A picture beside the project in the top-left quarter, from the top.
-    ASSERT_EQ(load(R"([ { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
+    // A picture beside the project in the top-left quarter, from the top,
+    // behind a text on the second track.
+    ASSERT_EQ(load(R"([ { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#00000000" } } ] },
+        { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
         "textSize": 40, "textTitleImageName": "green.png", "textBgGeometry": "[0:0 160x90]" } } ] } ])"),
               0)
         << loader.error();
@@ -47,7 +49,12 @@ TEST_F(TextProject, TitlePicturesAreFoundBesideTheProjectAndAMissingOneNamesItsK
     {
         RenderImage out(W, H);
         ASSERT_TRUE(out.ok());
-        EXPECT_EQ(wrongIn(out, 0, 0, 40, 40, RGBA{0, 192, 0, 255}), 0) << out.at(10, 10);
+        // The picture's green passes through the ffmpeg command's colour
+        // conversion: a step or two either way.
+        int green = 0;
+        for (int y = 0; y < 40; ++y)
+            for (int x = 0; x < 40; ++x) green += maxColourDifference(out.at(x, y), RGBA{0, 192, 0, 255}) <= 4;
+        EXPECT_EQ(green, 40 * 40) << out.at(10, 10);
         EXPECT_EQ(out.at(10, H - 10), kMagenta);
         EXPECT_EQ(out.at(W - 10, 10), kMagenta);
     }

@@ -24,3 +24,19 @@ if [ ! -f "$dir/life.gif" ]; then
     -f gif "$dir/.life.part.gif"
   mv "$dir/.life.part.gif" "$dir/life.gif"
 fi
+# A title background for the text clips: four seconds of moving colour
+# (title.mp4) and its mask (title-mask.mp4), a soft ellipse that opens in
+# the first second, both at 480x270.
+if [ ! -f "$dir/title.mp4" ]; then
+  ffmpeg -hide_banner -loglevel error -nostdin -y \
+    -f lavfi -i "gradients=s=480x270:c0=0x1a2a6c:c1=0xb21f1f:c2=0xfdbb2d:x0=0:y0=0:x1=480:y1=270:speed=0.03:r=25:d=4" \
+    -c:v libx264 -preset medium -crf 20 -g 25 -pix_fmt yuv420p "$dir/.title.part.mp4"
+  mv "$dir/.title.part.mp4" "$dir/title.mp4"
+fi
+if [ ! -f "$dir/title-mask.mp4" ]; then
+  ffmpeg -hide_banner -loglevel error -nostdin -y \
+    -f lavfi -i "color=c=black:s=480x270:r=25:d=4,format=gray" \
+    -vf "geq=lum='clip(255*(1-hypot((X-W/2)/(W/2),(Y-H/2)/(H/2)))*4*min(T,1)\,0\,255)'" \
+    -c:v libx264 -preset medium -crf 20 -g 25 -pix_fmt yuv420p "$dir/.title-mask.part.mp4"
+  mv "$dir/.title-mask.part.mp4" "$dir/title-mask.mp4"
+fi

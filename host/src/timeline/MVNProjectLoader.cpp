@@ -267,6 +267,42 @@ std::string resolveFilterResource(const std::string& resource, const std::string
     return resource;
 }
 
+// A text clip's title: its two videos and its picture are files beside the
+// project, checked here so that a wrong name is an error of the project
+// rather than a title that silently stays off; "textBgGeometry" is placed
+// from the top-left corner like every geometry.
+void resolveTextTitle(MVNProperties& p, const std::string& path, const std::string& folder, const MVNProfile& profile) {
+    std::error_code ec;
+    auto full = [&](const char* key) {
+        fs::path f(p.getString(key, ""));
+        return fs::absolute(f.is_absolute() ? f : fs::path(folder) / f, ec).lexically_normal();
+    };
+    for (const char* key : {"textTitleVideoPath", "textTitleMaskVideoPath"}) {
+        if (p.getString(key, "").empty()) continue;
+        fs::path f = full(key);
+        if (!fs::is_regular_file(f, ec)) fail(path + "." + key, "file not found: " + f.string());
+        p.setString(key, f.string());
+    }
+    if (!p.getString("textTitleImagePath", "").empty() || !p.getString("textTitleImageName", "").empty()) {
+        if (p.getString("textTitleImagePath", "").empty()) p.setString("textTitleImagePath", ".");
+        fs::path dir = full("textTitleImagePath");
+        if (!fs::is_directory(dir, ec)) fail(path + ".textTitleImagePath", "folder not found: " + dir.string());
+        const std::string name = p.getString("textTitleImageName", "");
+        if (name.empty()) fail(path + ".textTitleImageName", "missing: the picture's file name in textTitleImagePath");
+        if (!fs::is_regular_file(dir / name, ec))
+            fail(path + ".textTitleImageName", "file not found: " + (dir / name).string());
+        p.setString("textTitleImagePath", dir.string());
+    }
+    if (p.has("textBgGeometry")) {
+        const std::string text = p.getString("textBgGeometry", "");
+        MVNRect r;
+        if (!r.fromString(text)) fail(path + ".textBgGeometry", "expected \"[x:y wxh]\", got \"" + text + "\"");
+        if (!(r.width > 0) || !(r.height > 0)) fail(path + ".textBgGeometry", "width and height must be positive");
+        p.setRect("textBgGeometry", r.leftBottomToLeftTop(static_cast<float>(profile.width()),
+                                                          static_cast<float>(profile.height())));
+    }
+}
+
 void checkService(const std::string& name, MVNServiceType want, const std::string& path) {
     MVNRepository* repo = MVNRepository::getSingleton();
     if (!repo->hasService(name)) fail(path, "unknown service \"" + name + "\"");
@@ -539,6 +575,7 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
 
     if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
     plan.properties.setString("service", service);
+    if (service == "text") resolveTextTitle(plan.properties, path + ".properties", folder, profile);
     if (service == kGroupService) {
         if (!v.contains("tracks")) fail(path + ".tracks", "missing: a group composes its own tracks");
         if (v.contains("resource")) fail(path + ".resource", "a group takes no resource");

@@ -6,6 +6,7 @@
 #include "services/MVNProducer.h"
 #include "text/FontInfo.h"
 #include "text/MVNTextEffect.h"
+#include "text/MVNTextTitleDeCodec.h"
 #include "text/TextObjInfo.h"
 #include "text/fonts/FTPoint.h"
 
@@ -108,6 +109,16 @@ private:
     void _destroyGlyphs(Ogre::SceneNode* node);
     int _updateAnimation(const char* name);
 
+    // Title picture behind the text (MVNProducerTextTitle.cpp): a video
+    // with its mask video, or a still image, on the plane "mOutTitleEnt".
+    int _updateTextTitleVideo();
+    int _updateTextTitleImage();
+    int _setTextTitleGeo(const MVNRect& rect);
+    int _buildTitlePlane(Ogre::SceneNode* node);
+    Ogre::SceneNode* _titleNode();
+    void _updateTitleFrames(int relative);
+    void _releaseTextTitle();
+
     std::string _zSuffix() const { return std::to_string(_fontInfo.zOrder); }
 
     MVNRect _geometry;
@@ -130,6 +141,9 @@ private:
     bool _cloned;
     int _maxChars = kMaxChars;
     int _titleEditFrame = 0;
+    // The title video and its mask; opened once, closed at release.
+    MVNTextTitleDeCodec _titleDecoder;
+    MVNTextTitleDeCodec _titleMaskDecoder;
     FontInfo _fontInfo;
     TextObjInfo _textObjInfo;
     bool _needRtt = false;

@@ -210,6 +210,7 @@ void MVNProducerText::_textReleaseRenderableWait() {
 
 void MVNProducerText::_textRelease() {
     try {
+        _releaseTextTitle();
         _releaseTextOutScene();
         _releaseTextMesh(getInt32("zOrder", 0));
     } catch (const std::exception& e) {
@@ -244,6 +245,7 @@ void MVNProducerText::render(int frame) {
     if (getInt32("hidden", 0) != 0) return;
     if (_needRtt) _checkTextRenderVisibleRaWait(frame);
     const int relative = frame - getIn();
+    _updateTitleFrames(relative);
     if (_needRtt) {
         // While editing, the clip stands still in its final look.
         if (getInt32("textAnimationType", 0) != 0 && !getBoolean("_textEditStatus", false)) {
@@ -419,15 +421,25 @@ int MVNProducerText::_reconfigTextStatus(const char* name) {
                 if (_sceneManager->hasEntity("mOutBoxEnt" + _fontInfo.textID))
                     _sceneManager->getEntity("mOutBoxEnt" + _fontInfo.textID)
                         ->setRenderQueueGroupAndPriority(50, static_cast<Ogre::ushort>(std::max(z - 5, 0)));
+                if (_sceneManager->hasEntity("mOutTitleEnt" + _fontInfo.textID))
+                    _sceneManager->getEntity("mOutTitleEnt" + _fontInfo.textID)
+                        ->setRenderQueueGroupAndPriority(50, static_cast<Ogre::ushort>(std::max(z - 4, 0)));
                 _fontInfo.zOrder = z;
             }
             _updateTextGeo(_geometry);
+            _setTextTitleGeo(getRect("textBgGeometry", MVNRect()));
         } else if (is("textRoll")) {
             Ogre::SceneNode* node = _sceneManager->getSceneNode(_nodeName);
             node->resetOrientation();
             node->roll(Ogre::Degree(static_cast<float>(getDouble("textRoll", 0))));
         } else if (is("textThreePitch") || is("textThreeYaw")) {
             _placeIndexNode(false);
+        } else if (is("textBgGeometry")) {
+            _setTextTitleGeo(getRect("textBgGeometry", MVNRect()));
+        } else if (is("textTitleVideoPath") || is("textTitleMaskVideoPath")) {
+            _updateTextTitleVideo();
+        } else if (is("textTitleImagePath") || is("textTitleImageName")) {
+            _updateTextTitleImage();
         } else if (is("textBgAngle")) {
             if (_sceneManager->hasSceneNode(_titleNodeName)) {
                 Ogre::SceneNode* node = _sceneManager->getSceneNode(_titleNodeName);
@@ -474,6 +486,8 @@ int MVNProducerText::_textUpdate() {
     _fontInfo.fontFile = getString("textFontFile", _fontInfo.fontFile);
     _fontInfo.backupPath = getString("textBackupPath", _fontInfo.backupPath);
     _updateTextNode();
+    _updateTextTitleVideo();
+    _updateTextTitleImage();
     return 0;
 }
 

@@ -318,6 +318,25 @@ TEST_F(TextClips, CjkDrawsWithTheDefaultFont) {
     EXPECT_GT(ink.height(), 30);
 }
 
+TEST_F(TextClips, ACharacterMissingFromBothFacesIsSkipped) {
+    auto ink = [this](const std::string& text, Box* box) {
+        MVNProducer* clip = make(textProps(text, 48));
+        show(clip);
+        std::vector<uint8_t> mask = inkMask(box);
+        clip->resetRender(0);
+        int n = 0;
+        for (uint8_t m : mask) n += m;
+        return n;
+    };
+    Box plain, gap;
+    const int ab = ink("AB", &plain);
+    // U+0378 is unassigned: no face maps it, and no .notdef box stands in.
+    const int withGap = ink("A\xcd\xb8" "B", &gap);
+    ASSERT_GT(ab, 0);
+    EXPECT_NEAR(withGap, ab, ab / 50) << "ink pixels";
+    EXPECT_NEAR(gap.width(), plain.width(), 3);
+}
+
 TEST_F(TextClips, ExtrudedTextTurnedByYawShowsSidesLitUnlikeTheFront) {
     MVNProperties props = textProps("H", 100);
     props.setBoolean("textThree", true);

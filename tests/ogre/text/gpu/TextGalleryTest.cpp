@@ -1,7 +1,8 @@
 // `make gallery`: a page of text clips (sizes, outline, bold, lean, columns,
-// CJK, extruded at several angles and depths), one PNG each and a
-// text/index.html, and every animation as a strip of moments
-// (text/animations.html), in the folder MVN_GALLERY_DIR names. Without that
+// CJK, extruded at several angles and depths, on title videos and
+// pictures), one PNG each and a text/index.html, and every animation as a
+// strip of moments (text/animations.html), in the folder MVN_GALLERY_DIR
+// names. Without that
 // variable the test is skipped.
 #include <gtest/gtest.h>
 
@@ -31,6 +32,24 @@ TEST_F(TextGallery, WritesEveryTextStyleWithAnIndex) {
     const std::string dir = std::string(root) + "/text";
     std::filesystem::create_directories(dir);
     TestScene::setBackground(RGBA{32, 40, 64, 255});
+    // Title media, made here by the ffmpeg command: a test pattern seen
+    // through a soft ellipse, and a still picture.
+    const std::string ff = "ffmpeg -v error -y -f lavfi -i ";
+    ASSERT_EQ(std::system((ff + "testsrc2=s=160x90:r=25:d=1 -pix_fmt yuv420p gallery-title.mp4").c_str()), 0);
+    ASSERT_EQ(std::system((ff + "color=c=black:s=160x90:r=25:d=1,format=gray -vf "
+                                "\"geq=lum='clip(255*(1-hypot((X-W/2)/(W/2),(Y-H/2)/(H/2)))*4,0,255)'\" "
+                                "-pix_fmt yuv420p gallery-mask.mp4")
+                               .c_str()),
+              0);
+    ASSERT_EQ(std::system((ff + "mandelbrot=s=160x90 -frames:v 1 gallery-title.png").c_str()), 0);
+    auto titleVideo = [](MVNProperties& p) {
+        p.setString("textTitleVideoPath", "gallery-title.mp4");
+        p.setString("textTitleMaskVideoPath", "gallery-mask.mp4");
+    };
+    auto titleImage = [](MVNProperties& p) {
+        p.setString("textTitleImagePath", ".");
+        p.setString("textTitleImageName", "gallery-title.png");
+    };
     struct Style {
         const char* name;
         std::function<void(MVNProperties&)> set;
@@ -57,6 +76,14 @@ TEST_F(TextGallery, WritesEveryTextStyleWithAnIndex) {
         {"3d-yaw25-depth6", three(25, 0, 6)},
         {"3d-yaw50-depth12", three(50, 0, 12)},
         {"3d-pitch30-depth8", three(0, 30, 8)},
+        {"title-video", titleVideo},
+        {"title-video-3d", [=](MVNProperties& p) { titleVideo(p); three(20, 0, 6)(p); }},
+        {"title-image", titleImage},
+        {"title-image-turned", [=](MVNProperties& p) {
+             titleImage(p);
+             p.setRect("textBgGeometry", MVNRect(60, 40, 200, 100));
+             p.setDouble("textBgAngle", 12);
+         }},
     };
     std::ofstream html(dir + "/index.html");
     html << "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Text gallery</title>\n"

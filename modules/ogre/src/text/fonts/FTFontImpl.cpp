@@ -79,8 +79,12 @@ bool FTFontImpl::CheckGlyph(uint32_t c) {
             }
         }
     } else {
-        // Not in the main font: the fallback's glyph, its .notdef included.
-        slot = backupFace.LoadGlyph(backupFace.CharIndex(c));
+        // Not in the main font: the fallback's glyph. A character neither
+        // face maps is skipped without an error: a .notdef box in a title
+        // is worse than a gap.
+        const unsigned int backupIndex = backupFace.CharIndex(c);
+        if (backupIndex == 0) return false;
+        slot = backupFace.LoadGlyph(backupIndex);
         if (slot == nullptr) {
             backupErr = backupFace.Error();
             return false;

@@ -684,7 +684,9 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
     json root;
     try {
         root = json::parse(text);
-    } catch (const json::parse_error& e) {
+    } catch (const json::exception& e) {
+        // A syntax error, and also a number beyond a double (1e400), which
+        // the parser reports as out of range.
         mError = path + ": not valid JSON: " + e.what();
         return -1;
     }

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Runs every fuzz target of a fuzz build for SECONDS each (make fuzz).
 #   run-fuzz.sh BUILD SECONDS SEED_DIR...
+# FUZZ_TARGETS="cube decoder" runs only those.
 # Each seed folder gives the target its subfolder of the target's name when
 # it has one (tests/fuzz/seeds/cube), otherwise all of itself. What the
 # fuzzer learns stays in BUILD/fuzz-corpus/<target>; an input that breaks
@@ -11,7 +12,7 @@ build=$1
 seconds=$2
 shift 2
 status=0
-for target in project string_forms cube decoder; do
+for target in ${FUZZ_TARGETS:-project string_forms cube decoder}; do
     case $target in
     string_forms) max_len=256 ;;
     decoder) max_len=65536 ;;

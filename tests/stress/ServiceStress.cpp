@@ -56,6 +56,8 @@ public:
         f->setHeight(2);
         f->setSize(4 * 2 * 4);
         f->setId(position);
+        // Pool buffers come back with old bytes: every byte is written.
+        std::memset(f->buffer()->ptr(), 0, 4 * 2 * 4);
         f->buffer()->ptr()[0] = static_cast<uint8_t>(getInt32("mark", 0));
         *frame = f;
         return 0;

@@ -1,5 +1,5 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
-# make test   installs what is missing, builds, runs every test under a virtual display
+# make test   installs what is missing, builds, runs every test under a virtual display, then each fuzz target for 60 s
 # make gallery  renders every filter of the catalogue to out/gallery (index.html)
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 BUILD      ?= build
@@ -32,6 +32,7 @@ build: configure
 
 test: build farm-deps
 	cd $(BUILD) && $(XVFB) ctest --output-on-failure -j $(JOBS)
+	$(MAKE) fuzz FUZZ_SECONDS=60
 
 # The scheduler and its authentication service, for the cluster test only.
 farm-deps:

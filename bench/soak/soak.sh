@@ -6,9 +6,11 @@ set -eu
 build=$1
 frames=${2:-10000}
 here=$(cd "$(dirname "$0")" && pwd)
-work=$build/soak
-mkdir -p "$work/media"
-cp "$here/soak-1080.json" "$work/"
+mkdir -p "$build/soak/media"
+work=$(cd "$build/soak" && pwd)
+# The LUT filter takes its file as given: an absolute path, wherever the
+# work folder lies.
+sed "s|\"media/look.cube\"|\"$work/media/look.cube\"|" "$here/soak-1080.json" >"$work/soak-1080.json"
 m=$work/media
 ff() { ffmpeg -hide_banner -loglevel error -nostdin -y "$@"; }
 [ -f "$m/picture.png" ] || ff -f lavfi -i testsrc2=size=1920x1080 -frames:v 1 "$m/picture.png"

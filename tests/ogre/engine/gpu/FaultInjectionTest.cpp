@@ -34,8 +34,10 @@ struct FaultCase {
     // What the render thread is made to run before the first frame, if
     // anything.
     std::function<void()> step;
-    // The one log line the fault must leave, as a part of its message.
-    const char* logged;
+    // The one error line the fault must leave: its tag and message (the
+    // message may name the folder of the test, written as "{dir}").
+    const char* tag;
+    const char* message;
 };
 
 class FaultInjection : public ProjectSceneTest, public ::testing::WithParamInterface<FaultCase> {
@@ -64,7 +66,10 @@ TEST_P(FaultInjection, LoggedOnceTheProcessGoesOnAndTheNextFrameIsRight) {
             RenderImage out(W, H);  // the read goes through the same queue
             EXPECT_TRUE(out.ok()) << "the engine stopped answering at position " << position;
         }
-        EXPECT_EQ(log.countContaining(c.logged), 1) << "the fault is logged once, not per frame";
+        std::string message = c.message;
+        const size_t at = message.find("{dir}");
+        if (at != std::string::npos) message.replace(at, 5, std::filesystem::current_path().string());
+        EXPECT_EQ(log.count(MVNLogLevel::Error, c.tag, message), 1) << "the fault is logged once, not per frame";
         MVNProjectLoader::unload(project);
     }
     ASSERT_EQ(load(kHealthy), 0) << loader.error();
@@ -78,14 +83,16 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"MissingMaterial", R"([
   { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#ff0000ff" },
                  "filters": [ { "service": "ogre.filter.sample", "resource": "NoScriptDefinesThisFilter" } ] } ] } ])",
-                  nullptr, "NoScriptDefinesThisFilter"},
+                  nullptr, "MVNOgreMaterialFilter", "not find material NoScriptDefinesThisFilter"},
         FaultCase{"ShaderThatDoesNotCompile", R"([
   { "clips": [ { "service": "ogre.color", "length": 4, "properties": { "color": "#ff0000ff" } },
                { "transition": "broken.glsl", "length": 4 },
                { "service": "ogre.color", "length": 8, "properties": { "color": "#0000ffff" } } ] } ])",
-                  nullptr, "notDeclared"},
+                  nullptr, "Morvane::MVNTransitionGlslFile",
+                  "{dir}/broken.glsl: 0:3(9): error: `notDeclared' undeclared; 0:3(2): error: `return' with wrong type "
+                  "error, in function `transition' returning vec4"},
         FaultCase{"RenderThreadStepThatThrows", "", [] { throw std::runtime_error("the disk is on fire"); },
-                  "faultStep threw: the disk is on fire"}),
+                  "Morvane::MVNOgreRenderQueue", "faultStep threw: the disk is on fire"}),
     [](const ::testing::TestParamInfo<FaultCase>& info) { return info.param.name; });
 
 }  // namespace

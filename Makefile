@@ -1,16 +1,23 @@
 # make demo   installs what is missing, builds, renders the showcase to out/
-# make test   installs what is missing, builds, runs every test under a virtual display
+# make test   installs what is missing, builds, runs every test under a virtual display, then each fuzz target for 60 s
 # make gallery  renders every filter of the catalogue and the canvas kinds to out/gallery (index.html),
 #               every transition as a strip (out/gallery/transitions) and the text styles
 # make farm-test  renders in chunks on a one-node Slurm cluster it starts (also part of make test)
 # make corpus  runs the bad-input corpus through the tools (also part of make test)
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+TSAN_BUILD ?= build-tsan
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+# Seeds of the fuzz targets: each folder's subfolder named after a target
+# when it has one, otherwise the whole folder.
+FUZZ_SEEDS ?= tests/fuzz/seeds tests/fuzz/findings $(wildcard tests/corpus)
 JOBS       ?= $(shell nproc)
 CMAKE_GEN  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 XVFB       := xvfb-run -a -s "-screen 0 1920x1080x24"
 
 .PHONY: all deps configure build test demo gallery check-asan bench clean farm-deps farm-test corpus
+.PHONY: fuzz check-tsan soak
 
 all: build
 
@@ -27,6 +34,7 @@ build: configure
 
 test: build farm-deps
 	cd $(BUILD) && $(XVFB) ctest --output-on-failure -j $(JOBS)
+	$(MAKE) fuzz FUZZ_SECONDS=60
 
 # The scheduler and its authentication service, for the cluster test only.
 farm-deps:
@@ -46,10 +54,35 @@ gallery: build
 	cd $(BUILD) && MVN_GALLERY_DIR=$(CURDIR)/out/gallery $(XVFB) ./bin/ogre_gpu_tests --gtest_filter='FilterGallery.*:TextGallery.*:TransitionGallery.*'
 	@echo "out/gallery/index.html"
 
+# The CPU suites, then the engine and tool suites under a virtual display.
+# Leaks inside the GL driver and the X libraries are suppressed
+# (tests/sanitizers/lsan.supp, each line says why); nothing else is.
 check-asan: deps
 	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF
-	cmake --build $(ASAN_BUILD) -j $(JOBS) --target host_tests ogre_tests ogre_tests_slow codec_tests media_tests
+	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -L cpu -j $(JOBS)
+	cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/sanitizers/lsan.supp:print_suppressions=0 \
+	  $(XVFB) ctest --output-on-failure -L gpu -LE 'farm|package'
+
+# The CPU suites and the stress program (16 threads x 10,000 calls) under
+# ThreadSanitizer; tests/sanitizers/tsan.supp names the few reports that
+# come from uninstrumented libraries, each with its reason.
+check-tsan: deps
+	cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMVN_TSAN=ON -DMVN_BUILD_BENCH=OFF
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target host_tests ogre_tests codec_tests media_tests mvn-stress
+	cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/sanitizers/tsan.supp" \
+	  ctest --output-on-failure -L cpu -LE 'slow|fuzz-replay' -j $(JOBS)
+	cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/sanitizers/tsan.supp" \
+	  ./bin/mvn-stress --threads 16 --calls 10000
+
+# Each fuzz target for FUZZ_SECONDS (60 by default); fails on a finding,
+# which is left in $(FUZZ_BUILD)/fuzz-findings/<target>/.
+fuzz: deps
+	CC=clang-14 CXX=clang++-14 cmake -S . -B $(FUZZ_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DMVN_FUZZ=ON -DMVN_BUILD_TESTS=OFF -DMVN_BUILD_BENCH=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	tests/fuzz/run-fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_SEEDS)
 
 # Micro-benchmarks (queue round trip, pools), the GPU paths beside memcpy,
 # then the reference compositions against the ffmpeg command (bench/compose;
@@ -59,5 +92,12 @@ bench: build
 	cd $(BUILD) && $(XVFB) ./bin/mvn-bench-gpu
 	bench/compose --build $(BUILD) $(BENCH_ARGS)
 
+# A long 1080p render of every producer and filter kind; memory,
+# descriptors, textures and render targets every 1,000 frames
+# (SOAK_FRAMES=N for a shorter pass).
+SOAK_FRAMES ?= 10000
+soak: build
+	bench/soak/soak.sh $(BUILD) $(SOAK_FRAMES)
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) out
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(FUZZ_BUILD) out

@@ -65,6 +65,34 @@ int FoldFullRange(int format) {
 
 bool BadRate(double v) { return std::isnan(v) || std::isinf(v) || v == 0; }
 
+// The reader and seeker FFmpeg calls for a file held in memory.
+int ReadMemory(void* opaque, uint8_t* buf, int size) {
+    auto* m = static_cast<MemoryInput*>(opaque);
+    if (m->pos >= m->size)
+        return AVERROR_EOF;
+    size_t n = std::min(static_cast<size_t>(size), m->size - m->pos);
+    std::memcpy(buf, m->data + m->pos, n);
+    m->pos += n;
+    return static_cast<int>(n);
+}
+
+int64_t SeekMemory(void* opaque, int64_t offset, int whence) {
+    auto* m = static_cast<MemoryInput*>(opaque);
+    int64_t base = 0;
+    switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE: return static_cast<int64_t>(m->size);
+    case SEEK_SET: base = 0; break;
+    case SEEK_CUR: base = static_cast<int64_t>(m->pos); break;
+    case SEEK_END: base = static_cast<int64_t>(m->size); break;
+    default: return AVERROR(EINVAL);
+    }
+    // Past the end is allowed, as for a file: the next read then ends.
+    if (offset < 0 ? base < -offset : offset > INT64_MAX - base)
+        return AVERROR(EINVAL);
+    m->pos = static_cast<size_t>(base + offset);
+    return base + offset;
+}
+
 }  // namespace
 
 FFmpegDecoderImpl::FFmpegDecoderImpl(const char* path, int audioStream)
@@ -81,6 +109,12 @@ FFmpegDecoderImpl::~FFmpegDecoderImpl() {
 }
 
 // ---------------------------------------------------------------- opening
+
+void FFmpegDecoderImpl::SetMemoryInput(const uint8_t* data, size_t size) {
+    memory_.data = data;
+    memory_.size = size;
+    memory_.pos = 0;
+}
 
 int FFmpegDecoderImpl::Init() {
     if (inited_)
@@ -138,6 +172,22 @@ int FFmpegDecoderImpl::Init() {
 }
 
 int FFmpegDecoderImpl::_Open() {
+    if (memory_.data != nullptr) {
+        const int kChunk = 64 * 1024;
+        auto* chunk = static_cast<unsigned char*>(av_malloc(kChunk));
+        fmt_ctx_ = avformat_alloc_context();
+        if (chunk != nullptr)
+            memory_io_ = avio_alloc_context(chunk, kChunk, 0, &memory_, ReadMemory, nullptr, SeekMemory);
+        if (memory_io_ == nullptr || fmt_ctx_ == nullptr) {
+            if (memory_io_ == nullptr)
+                av_free(chunk);
+            log_error(kTag, "Could not allocate the reader of %s", path_.c_str());
+            return AVERROR(ENOMEM);
+        }
+        memory_.pos = 0;
+        fmt_ctx_->pb = memory_io_;
+        fmt_ctx_->flags |= AVFMT_FLAG_CUSTOM_IO;
+    }
     int ret = avformat_open_input(&fmt_ctx_, path_.c_str(), nullptr, nullptr);
     if (ret < 0) {
         log_error(kTag, "Could not open source file %s, exists:%d", path_.c_str(), FileExists(path_) ? 1 : 0);
@@ -372,6 +422,11 @@ void FFmpegDecoderImpl::_Close() {
     avcodec_free_context(&video_dec_ctx_);
     avcodec_free_context(&audio_dec_ctx_);
     avformat_close_input(&fmt_ctx_);
+    // A custom reader stays with its owner when the file closes.
+    if (memory_io_ != nullptr) {
+        av_freep(&memory_io_->buffer);
+        avio_context_free(&memory_io_);
+    }
     picture_output_.Release();
     audio_converter_.Release();
     av_frame_free(&video_frame_);

@@ -12,6 +12,7 @@
 #include "but/Mutex11.h"
 
 struct AVBufferRef;
+struct AVIOContext;
 struct AVCodecContext;
 struct AVFormatContext;
 struct AVFrame;
@@ -21,6 +22,13 @@ struct AVStream;
 namespace codec {
 
 class StreamScanner;
+
+// A file held in memory and the position FFmpeg's reader has reached in it.
+struct MemoryInput {
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    size_t pos = 0;
+};
 
 // The FFmpeg reader: opens a file, finds its first timestamp and key-frame
 // interval, and hands out frames of either kind in file order (NextFrame).
@@ -33,6 +41,12 @@ public:
     ~FFmpegDecoderImpl() override;
     FFmpegDecoderImpl(const FFmpegDecoderImpl&) = delete;
     FFmpegDecoderImpl& operator=(const FFmpegDecoderImpl&) = delete;
+
+    // Reads the file from the `size` bytes at `data` instead of opening the
+    // path, for files an application holds in memory; the bytes must outlive
+    // the decoder. The path still names the file in messages and its
+    // extension still marks a sound file. Takes effect at the next Init.
+    void SetMemoryInput(const uint8_t* data, size_t size);
 
     int Init() override;
     void Release() override;
@@ -78,6 +92,13 @@ public:
 
 protected:
     friend class StreamScanner;
+
+// A file held in memory and the position FFmpeg's reader has reached in it.
+struct MemoryInput {
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    size_t pos = 0;
+};
 
     void _OnPrepareReopen() override;
     void _OnReopen() override;
@@ -145,6 +166,10 @@ protected:
 
     std::string path_;
     AVFormatContext* fmt_ctx_ = nullptr;
+    // The bytes of a file read from memory, and the reader FFmpeg calls for
+    // them while the file is open (freed by _Close).
+    MemoryInput memory_;
+    AVIOContext* memory_io_ = nullptr;
     bool has_video_ = false;
     bool has_audio_ = false;
 

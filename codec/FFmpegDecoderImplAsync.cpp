@@ -273,7 +273,12 @@ int FFmpegDecoderImplAsync::_SeekVideo(double time) {
         cached_frame_ = frame;
         log_debug(kTag, "_SeekNoKeyFrame %f, cached_frame:%f", time, decoded);
     } else {
-        log_error(kTag, "seek video decode error");
+        if (!seek_error_logged_) {
+            seek_error_logged_ = true;
+            log_error(kTag, "seek video decode error");
+        } else {
+            log_debug(kTag, "seek video decode error");
+        }
         FramePool::Instance().Put(frame);
     }
     log_debug(kTag, "_SeekVideo time:%f res=%d", time, ret);

@@ -66,6 +66,9 @@ protected:
     // The next picture is handed out whatever the position rules say: set by
     // a seek and by a request for the next picture.
     bool seek_decode_flag_ = true;
+    // A file whose stream ends before its stated end fails every later
+    // seek the same way: the first failure is an error, the rest debug.
+    bool seek_error_logged_ = false;
     bool audio_seeking_ = false;
     double last_video_time_ = -1.0;
     double audio_clock_ = 0;  // time of the last frame decoded, either kind

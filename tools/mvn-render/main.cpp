@@ -435,7 +435,8 @@ int main(int argc, char** argv) {
                                                            : "only " + std::to_string(std::max(delivered, 0)) + " of " +
                                                                  std::to_string(total) +
                                                                  " frames came back from the renderer";
-        std::fprintf(stderr, "\nmvn-render: %s\n", why.c_str());
+        // The new line ends the progress line; without one it would leave a blank line.
+        std::fprintf(stderr, "%smvn-render: %s\n", opt.quiet ? "" : "\n", why.c_str());
         sink->abort();
         if (wave) wave->abort();
         status = kExitFailed;

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
     // the reason logged (tag "MVNLut3d") and kept in lastError(), the table
     // then empty.
     int loadFromFile(const std::string& path);
+    // The same from text already in memory; `name` stands for the file in
+    // messages.
+    int loadFromString(const std::string& text, const std::string& name);
 
     // The packed picture, null until a table is loaded.
     unsigned char* data() { return mImage.empty() ? nullptr : mImage.data(); }
@@ -41,6 +45,8 @@ public:
     const std::string& lastError() const { return mLastError; }
 
 private:
+    void reset();
+    int load(std::istream& in, const std::string& name);
     int fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void buildImage();
     MVNLut3dColor3F sample(float r, float g, float b) const;

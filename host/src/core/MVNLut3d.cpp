@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <fstream>
+#include <sstream>
 #include <string_view>
 
 #include "core/MVNLog.h"
@@ -67,18 +68,30 @@ int MVNLut3d::fail(const char* format, ...) {
     return -1;
 }
 
-int MVNLut3d::loadFromFile(const std::string& path) {
+void MVNLut3d::reset() {
     mSize = 0;
     mColors.clear();
     mImage.clear();
     mLastError.clear();
     mDomainMin.set(0, 0, 0);
     mDomainMax.set(1, 1, 1);
+}
 
+int MVNLut3d::loadFromFile(const std::string& path) {
+    reset();
     std::ifstream in(path, std::ios::binary);
     if (!in) return fail("cannot open LUT file %s", path.c_str());
+    return load(in, path);
+}
 
-    const char* file = path.c_str();
+int MVNLut3d::loadFromString(const std::string& text, const std::string& name) {
+    reset();
+    std::istringstream in(text);
+    return load(in, name);
+}
+
+int MVNLut3d::load(std::istream& in, const std::string& name) {
+    const char* file = name.c_str();
     int fileSize = 0;
     size_t expected = 0;
     std::string line;

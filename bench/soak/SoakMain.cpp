@@ -22,7 +22,7 @@
 #include "MVNToolSetup.h"
 #include "core/MVNProfile.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProperties.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNModule.h"

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "FuzzSupport.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "services/MVNGroup.h"
 #include "services/MVNProducer.h"

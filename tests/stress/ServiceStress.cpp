@@ -22,7 +22,7 @@
 #include "core/MVNLog.h"
 #include "core/MVNProfile.h"
 #include "engine/MVNOgreManager.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNFilter.h"
 #include "services/MVNProducer.h"
 #include "timeline/MVNActiveClip.h"

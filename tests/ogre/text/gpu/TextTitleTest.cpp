@@ -11,7 +11,7 @@
 #include "LogCapture.h"
 #include "QuadTestSupport.h"
 #include "core/MVNFrame.h"
-#include "services/MVNFactory.h"
+#include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 
 using namespace Morvane;

@@ -52,6 +52,7 @@ private:
     int32_t _frameSize = 0;
     int32_t _colorFormat = -1;
     float _duration = 0;
+    bool _lastPictureShown = false;
     float _fps = 25;
     int32_t _profileWidth = 0, _profileHeight = 0;
     codec::FFmpegDecoderImplAsync* _decoder = nullptr;  // owned

@@ -1,5 +1,7 @@
 #include "text/MVNTextTitleDeCodec.h"
 
+#include <algorithm>
+
 #include <OgrePixelFormat.h>
 #include <OgreTextureManager.h>
 
@@ -128,6 +130,14 @@ int MVNTextTitleDeCodec::decodeVideo(int frame, MVNFrame** out) {
         log_error(kTag, "decoder is null");
         return -1;
     }
+    double time = static_cast<double>(static_cast<float>(frame) / _fps);
+    // Past its end a title keeps its last picture: it is decoded once (also
+    // when the clip jumps straight past the end), then left standing, since
+    // asking the decoder beyond the stream fails on every frame.
+    const bool pastEnd = _duration > 0 && time >= _duration;
+    if (pastEnd && _lastPictureShown) return 3;
+    _lastPictureShown = false;
+    if (pastEnd) time = std::max(0.0, static_cast<double>(_duration) - 1.0 / _fps);
     MVNFrame* f = MVNFrame::pullFromPool(1, _frameSize);
     if (f == nullptr) {
         log_error(kTag, "_decodeVideo failed, pull frame error");
@@ -135,7 +145,6 @@ int MVNTextTitleDeCodec::decodeVideo(int frame, MVNFrame** out) {
     }
     int size = _frameSize, kind = 0;
     double timestamp = 0;
-    const double time = static_cast<double>(static_cast<float>(frame) / _fps);
     const int result = _decoder->NextVideo(time, f->buffer()->ptr(), &size, &kind, &timestamp);
     f->setType(1);
     if (result == 0 && kind == codec::kFrameVideo) {
@@ -145,6 +154,7 @@ int MVNTextTitleDeCodec::decodeVideo(int frame, MVNFrame** out) {
         f->setWidth(_width);
         f->setHeight(_height);
         f->setFrames(static_cast<int>(timestamp * _fps));
+        _lastPictureShown = pastEnd;
         *out = f;
         return 0;
     }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "MVNProgress.h"
+#include "MVNProjectCheck.h"
 #include "MVNToolSetup.h"
 #include "MVNVirtualDisplay.h"
 #include "MVNWaveFile.h"
@@ -84,6 +85,12 @@ int MVNSoundPass::run(const MVNSoundPassRequest& request) {
     MVNProject project;
     if (loader.read(projectPath, project, request.profile) != 0) {
         std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
+        return kExitBadInput;
+    }
+    // The same refusals as a whole render, before the renderer starts.
+    MVNProjectCheck check;
+    if (check.check(projectPath, project) != 0) {
+        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
         return kExitBadInput;
     }
     // Filters, transitions and text make their GPU resources when they are

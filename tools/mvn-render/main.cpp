@@ -277,12 +277,7 @@ int main(int argc, char** argv) {
     if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
     if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
     // Video files, animations and pictures decoded on the processor.
-    std::string media = findModule("libMVNMedia.so");
-    if (media.empty() || loadModule(media) != 0) {
-        std::fprintf(stderr, "mvn-render: the media module libMVNMedia.so could not be loaded%s\n",
-                     media.empty() ? " (not found)" : "");
-        return kExitFailed;
-    }
+    if (!MVNToolSetup::loadMediaModule("mvn-render")) return kExitFailed;
 
     MVNProjectLoader loader;
     MVNProject project;

@@ -17,6 +17,9 @@
 #include <vector>
 
 #include "GpuTestSupport.h"
+#include "core/MVNByteBuffer.h"
+#include "core/MVNFrame.h"
+#include "core/MVNImage.h"
 #include "scene/MVNOgreSceneManager.h"
 
 namespace MorvaneTest {
@@ -41,6 +44,23 @@ struct Image {
     }
     Picture picture() const { return Picture{rgba.data(), width, height}; }
 };
+
+// A picture file decoded at w x h into R,G,B,A bytes, opaque; false when it
+// can't be read.
+inline bool loadPicture(const std::string& file, int w, int h, Image* out) {
+    Morvane::MVNFrame* frame = Morvane::MVNImage::loadFromFile(file, w, h);
+    if (frame == nullptr || frame->buffer() == nullptr) return false;
+    *out = Image{w, h, std::vector<uint8_t>(static_cast<size_t>(w) * h * 4)};
+    const uint8_t* p = frame->buffer()->ptr();
+    for (size_t i = 0; i < out->rgba.size(); i += 4) {
+        out->rgba[i] = p[i + 2];
+        out->rgba[i + 1] = p[i + 1];
+        out->rgba[i + 2] = p[i];
+        out->rgba[i + 3] = 255;
+    }
+    Morvane::MVNFrame::pushBackPool(frame);
+    return true;
+}
 
 // Largest and mean absolute difference over the colour channels (and alpha
 // when asked), in levels of 255.

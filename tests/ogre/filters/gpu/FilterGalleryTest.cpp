@@ -38,18 +38,8 @@ const std::map<std::string, std::string> kFamilyTitles = {
 // A bundled picture at w x h, R,G,B,A; the test chart when the picture
 // can't be read.
 Image galleryPicture(const char* file = MVN_SOURCE_DIR "/examples/pictures/beach.png", int w = W, int h = H) {
-    MVNFrame* frame = MVNImage::loadFromFile(file, w, h);
-    if (frame == nullptr || frame->buffer() == nullptr) return testChart(w, h);
-    Image img{w, h, std::vector<uint8_t>(w * h * 4)};
-    const uint8_t* p = frame->buffer()->ptr();
-    for (size_t i = 0; i < img.rgba.size(); i += 4) {
-        img.rgba[i] = p[i + 2];
-        img.rgba[i + 1] = p[i + 1];
-        img.rgba[i + 2] = p[i];
-        img.rgba[i + 3] = 255;
-    }
-    MVNFrame::pushBackPool(frame);
-    return img;
+    Image img;
+    return loadPicture(file, w, h, &img) ? img : testChart(w, h);
 }
 
 // Settings that show what a filter does at one frame of a 100-frame clip.

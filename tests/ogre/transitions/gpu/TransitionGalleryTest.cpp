@@ -30,18 +30,8 @@ const float kMoments[] = {0.0f, 0.25f, 0.5f, 0.75f, 0.95f};
 // A bundled picture at the gallery's size, R,G,B,A; `fallback` when it
 // can't be read.
 Image bundledPicture(const char* file, const Image& fallback) {
-    MVNFrame* frame = MVNImage::loadFromFile(std::string(MVN_SOURCE_DIR "/examples/pictures/") + file, W, H);
-    if (frame == nullptr || frame->buffer() == nullptr) return fallback;
-    Image img{W, H, std::vector<uint8_t>(W * H * 4)};
-    const uint8_t* p = frame->buffer()->ptr();
-    for (size_t i = 0; i < img.rgba.size(); i += 4) {
-        img.rgba[i] = p[i + 2];
-        img.rgba[i + 1] = p[i + 1];
-        img.rgba[i + 2] = p[i];
-        img.rgba[i + 3] = 255;
-    }
-    MVNFrame::pushBackPool(frame);
-    return img;
+    Image img;
+    return loadPicture(std::string(MVN_SOURCE_DIR "/examples/pictures/") + file, W, H, &img) ? img : fallback;
 }
 
 // The moments side by side on a dark ground.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TestMedia.h"
+#include "MVNTestPaths.h"
 
 using CodecTest::MediaPath;
 using CodecTest::RunCommand;

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <mutex>
 #include <sys/wait.h>
+#include "MVNTestPaths.h"
 
 namespace CodecTest {
 

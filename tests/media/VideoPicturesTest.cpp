@@ -12,6 +12,7 @@
 #include "core/MVNByteBuffer.h"
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using MediaTest::makeClip;

@@ -15,6 +15,7 @@
 #include "core/MVNByteBuffer.h"
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
+#include "MVNTestPaths.h"
 
 namespace fs = std::filesystem;
 using namespace Morvane;

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include "MVNTestPaths.h"
 
 namespace fs = std::filesystem;
 

@@ -18,6 +18,7 @@ extern "C" {
 #include "core/MVNByteBuffer.h"
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
+#include "MVNTestPaths.h"
 
 namespace fs = std::filesystem;
 using namespace Morvane;

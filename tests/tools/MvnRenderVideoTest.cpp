@@ -23,6 +23,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include "MVNTestPaths.h"
 }
 
 namespace fs = std::filesystem;

@@ -16,6 +16,7 @@
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
 #include "core/MVNPixelUtils.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using MorvaneTest::LogCapture;

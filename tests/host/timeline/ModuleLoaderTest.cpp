@@ -10,6 +10,7 @@
 #include "LogCapture.h"
 #include "timeline/MVNModule.h"
 #include "timeline/MVNRepository.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using MorvaneTest::LogCapture;

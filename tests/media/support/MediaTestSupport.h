@@ -15,6 +15,7 @@
 #include "services/MVNProducer.h"
 #include "services/MVNProperties.h"
 #include "timeline/MVNModule.h"
+#include "MVNTestPaths.h"
 
 namespace MediaTest {
 

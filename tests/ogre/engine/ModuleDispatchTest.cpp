@@ -15,6 +15,7 @@
 #include "services/MVNRenderTexture.h"
 #include "timeline/MVNRepository.h"
 #include "services/MVNService.h"
+#include "MVNTestPaths.h"
 
 extern "C" int MVNOgre_module_install(Morvane::MVNRepository* repository);
 extern "C" int MorvaneModuleInstall(Morvane::MVNRepository* repository);

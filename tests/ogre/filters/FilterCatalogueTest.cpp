@@ -14,6 +14,7 @@
 #include <string>
 
 #include "filters/MVNFilterCatalogue.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 namespace fs = std::filesystem;

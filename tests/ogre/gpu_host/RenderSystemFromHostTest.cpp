@@ -18,6 +18,7 @@
 #include "services/MVNRenderSystem.h"
 #include "services/MVNRenderTexture.h"
 #include "XvfbDisplay.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "transitions/MVNTransitionCatalogue.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 namespace fs = std::filesystem;

@@ -12,6 +12,7 @@
 #include "LogCapture.h"
 #include "engine/MVNOgreContext.h"
 #include "engine/MVNOgreRenderSystem.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

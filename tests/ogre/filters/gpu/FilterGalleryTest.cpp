@@ -20,6 +20,7 @@
 #include "core/MVNFrame.h"
 #include "core/MVNImage.h"
 #include "PictureClip.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

@@ -19,6 +19,7 @@
 #include "filters/MVNOgreFilterScene.h"
 #include "scene/MVNOgreMaterialFilter.h"
 #include "timeline/MVNRepository.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

@@ -12,6 +12,7 @@
 #include "producers/MVNGrid.h"
 #include "services/MVNTransitionAudio.h"
 #include "timeline/MVNPlaylist.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

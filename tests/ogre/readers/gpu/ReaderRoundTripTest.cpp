@@ -18,6 +18,7 @@
 #include "services/MVNProperties.h"
 #include "services/MVNRenderSystem.h"
 #include "timeline/MVNModule.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

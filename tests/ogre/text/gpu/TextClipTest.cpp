@@ -20,6 +20,7 @@
 #include "timeline/MVNFactory.h"
 #include "services/MVNProducer.h"
 #include "text/MVNProducerText.h"
+#include "MVNTestPaths.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;

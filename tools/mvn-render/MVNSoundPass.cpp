@@ -11,7 +11,7 @@
 #include <string>
 
 #include "MVNProgress.h"
-#include "MVNProjectCheck.h"
+#include "MVNProjectOpen.h"
 #include "MVNToolSetup.h"
 #include "MVNVirtualDisplay.h"
 #include "MVNWaveFile.h"
@@ -67,32 +67,10 @@ int MVNSoundPass::run(const MVNSoundPassRequest& request) {
     }
     const std::string projectPath = fs::absolute(request.project, ec).lexically_normal().string();
     const std::string output = fs::absolute(request.output, ec).lexically_normal().string();
-    if (!fs::is_regular_file(projectPath, ec)) {
-        std::fprintf(stderr, "mvn-render: %s: no such project file\n", request.project.c_str());
-        return kExitBadInput;
-    }
-    fs::path parent = fs::path(output).parent_path();
-    if (!parent.empty() && !fs::is_directory(parent, ec)) {
-        std::fprintf(stderr, "mvn-render: %s: the output folder does not exist\n", parent.c_str());
-        return kExitBadInput;
-    }
-
-    if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
-    if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
-    if (!MVNToolSetup::loadMediaModule("mvn-render")) return kExitFailed;
-
     MVNProjectLoader loader;
     MVNProject project;
-    if (loader.read(projectPath, project, request.profile) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
-        return kExitBadInput;
-    }
-    // The same refusals as a whole render, before the renderer starts.
-    MVNProjectCheck check;
-    if (check.check(projectPath, project) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
-        return kExitBadInput;
-    }
+    if (int status = openProjectForRender(loader, request.project, projectPath, output, request.profile, project))
+        return status;
     // Filters, transitions and text make their GPU resources when they are
     // built, so the renderer runs; it is never asked for a picture. Its
     // window is the smallest there is: nothing is drawn into it.

@@ -28,7 +28,7 @@
 #include "timeline/MVNModule.h"
 #include "MVNOutputSink.h"
 #include "MVNProgress.h"
-#include "MVNProjectCheck.h"
+#include "MVNProjectOpen.h"
 #include "MVNChunkPlan.h"
 #include "MVNSegmentJoin.h"
 #include "MVNSoundPass.h"
@@ -262,34 +262,10 @@ int main(int argc, char** argv) {
     const std::string projectPath = fs::absolute(opt.project, ec).lexically_normal().string();
     std::string output = opt.chunked ? opt.chunk.segmentPath(opt.output) : opt.output;
     if (output != "-") output = fs::absolute(output, ec).lexically_normal().string();
-    if (!fs::is_regular_file(projectPath, ec)) {
-        std::fprintf(stderr, "mvn-render: %s: no such project file\n", opt.project.c_str());
-        return kExitBadInput;
-    }
-    if (output != "-") {
-        fs::path parent = fs::path(output).parent_path();
-        if (!parent.empty() && !fs::is_directory(parent, ec)) {
-            std::fprintf(stderr, "mvn-render: %s: the output folder does not exist\n", parent.c_str());
-            return kExitBadInput;
-        }
-    }
-
-    if (!MVNToolSetup::enterStateFolder("mvn-render")) return kExitFailed;
-    if (!MVNToolSetup::loadRenderModule("mvn-render")) return kExitFailed;
-    // Video files, animations and pictures decoded on the processor.
-    if (!MVNToolSetup::loadMediaModule("mvn-render")) return kExitFailed;
-
     MVNProjectLoader loader;
     MVNProject project;
-    if (loader.read(projectPath, project, opt.profile) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
-        return kExitBadInput;
-    }
-    MVNProjectCheck check;
-    if (check.check(projectPath, project) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
-        return kExitBadInput;
-    }
+    if (int status = openProjectForRender(loader, opt.project, projectPath, output, opt.profile, project))
+        return status;
     int first = opt.first < 0 ? 0 : opt.first;
 
     // The length is known once the timeline is built; the frame range is

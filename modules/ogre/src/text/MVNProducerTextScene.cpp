@@ -200,7 +200,8 @@ int MVNProducerText::_textOgreMVNOreInit() {
         pass->setTransparentSortingEnabled(false);
         pass->setTransparentSortingForced(true);
         material->load();
-        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z - 5));
+        // On the text node, at the text's depth: the plane holds the rest.
+        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, _boxDepth(z) - z);
         Ogre::MeshManager::getSingleton().createPlane(
             "mOutBoxPlane" + id, kGroup, plane, static_cast<float>(getInt32("_textGeoPlaneWidth", mProfile.width())),
             static_cast<float>(getInt32("_textGeoPlaneHeight", mProfile.height())), 1, 1, true, 1, 1, 1,

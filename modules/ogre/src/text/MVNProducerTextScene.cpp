@@ -29,6 +29,9 @@ namespace Morvane {
 namespace {
 const char* const kTag = "Morvane::MVNProducerText";
 const char* const kGroup = "General";
+// The depth buffers of the track textures, apart from every other target's;
+// the tracks share them, as each clears its depth on every draw.
+const Ogre::uint16 kTrackDepthPool = 0x7e47;
 
 Ogre::ushort priority(int value) { return static_cast<Ogre::ushort>(value < 0 ? 0 : value); }
 
@@ -74,15 +77,24 @@ int MVNProducerText::_textOgreRttInit() {
             spot->setSpecularColour(0.7f, 0.7f, 0.7f);
             spot->setSpotlightRange(Ogre::Degree(15), Ogre::Degree(120), 1.0f);
             mgr->getRootSceneNode()->createChildSceneNode("MeshSpecularNode", Ogre::Vector3(0, 0, 200))->attachObject(spot);
-            // Single-sampled: a multisampled track texture made after another
-            // one was destroyed draws its extruded caps black on the GL
-            // render system (the depth buffer it is given from the pool does
-            // not match); edges are smoothed when the plane is composed.
+            // Multisampled like the composition: the glyph edges are drawn
+            // here, and the plane that shows this texture can't smooth them.
+            // The GL render system lends one multisampled colour buffer to
+            // every target of this size and sample count: each draw here is
+            // resolved into the texture at once (update with swap), before
+            // another target draws.
+            MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext();
             Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
                 "_TextRttTrackTexture" + _zSuffix(), kGroup, Ogre::TEX_TYPE_2D, profileW, profileH, 1, 0,
                 Ogre::PF_A8R8G8B8, Ogre::TU_RENDERTARGET, nullptr, false,
-                0, "");
+                context != nullptr ? context->chooseAntiAliasingLevel() : 0, "");
             Ogre::RenderTarget* target = texture->getBuffer()->getRenderTarget();
+            // Extruded glyphs write depth. In the default pool this texture
+            // would share its depth buffer with the composition's texture of
+            // the same size and samples, which clears depth only while its
+            // own scene writes depth: the text planes would then be tested
+            // against the glyphs' depth and vanish where the caps are.
+            target->setDepthBufferPool(kTrackDepthPool);
             Ogre::Viewport* viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
             viewport->setBackgroundColour(Ogre::ColourValue::ZERO);
             viewport->setOverlaysEnabled(false);

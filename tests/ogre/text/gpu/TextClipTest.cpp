@@ -381,6 +381,63 @@ TEST_F(TextClips, ExtrudedClipsOneAfterTheOtherOnATrackBothDrawTheirFront) {
     }
 }
 
+// Glyph edges are smoothed in the composed picture however the text is
+// drawn: flat in the main scene, flat in its track's render texture (an
+// animated clip, here standing in its final look) and extruded there. A
+// white face on magenta lifts green; a pixel the edge covers in part lifts
+// it by its coverage, so it lies between the background's 0 and the face.
+// Drawn with one sample a pixel, every pixel is all face or all background.
+struct EdgeCase {
+    const char* name;
+    std::function<void(MVNProducer*, MVNProperties&)> set;
+    int face;  // green of the face, at least
+    friend void PrintTo(const EdgeCase& c, std::ostream* os) { *os << c.name; }
+};
+
+class TextEdges : public TextClips, public ::testing::WithParamInterface<EdgeCase> {};
+
+TEST_P(TextEdges, AreAntiAliasedAndTheFaceIsLit) {
+    MVNProperties props = textProps("VAV", 100);
+    props.setColor("textColorBase", MVNColor4B(255, 255, 255, 255));
+    GetParam().set(nullptr, props);
+    MVNProducer* clip = make(props);
+    ASSERT_NE(clip, nullptr);
+    GetParam().set(clip, props);
+    show(clip);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    int face = 0, edge = 0;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            const int g = out.at(x, y).g;
+            face += g >= GetParam().face;
+            edge += g >= 8 && g < GetParam().face;
+        }
+    // The front of three 100-pixel letters, not only their outlines.
+    EXPECT_GT(face, 2000) << "face pixels";
+    // Six slanted strokes 100 pixels tall give some 700 (a lit extruded
+    // face varies a little, some 60 pixels below its least without).
+    EXPECT_GT(edge, 300) << "edge pixels between background and face";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, TextEdges,
+    ::testing::Values(EdgeCase{"Flat", [](MVNProducer*, MVNProperties&) {}, 240},
+                      EdgeCase{"FlatInItsTrack",
+                               [](MVNProducer* clip, MVNProperties& p) {
+                                   if (clip == nullptr) p.setInt32("textAnimationType", 9);
+                                   else clip->setBoolean("_textEditStatus", true);
+                               },
+                               240},
+                      EdgeCase{"Extruded",
+                               [](MVNProducer* clip, MVNProperties& p) {
+                                   if (clip != nullptr) return;
+                                   p.setBoolean("textThree", true);
+                                   p.setInt32("textDepth", 8);
+                               },
+                               160}),
+    [](const ::testing::TestParamInfo<EdgeCase>& info) { return std::string(info.param.name); });
+
 TEST_F(TextClips, LayoutTakesAtMost281CodePoints) {
     MVNProducer* clip = make(textProps(std::string(281, 'i'), 4));
     ASSERT_NE(clip, nullptr);

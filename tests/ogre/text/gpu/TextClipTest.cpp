@@ -438,6 +438,33 @@ INSTANTIATE_TEST_SUITE_P(
                                160}),
     [](const ::testing::TestParamInfo<EdgeCase>& info) { return std::string(info.param.name); });
 
+// A turned extruded title whose caps and sides meet along curves: where the
+// depth is resolved too coarsely the sides show through the caps as dark
+// pits along the outlines ("o", "B", "8", "e").
+TEST_F(TextClips, TurnedExtrudedCapsShowNoSidesThroughThem) {
+    MVNProperties props = textProps("Bo8e", 48);
+    props.setColor("textColorBase", MVNColor4B(255, 204, 0, 255));
+    props.setBoolean("textThree", true);
+    props.setDouble("textThreeYaw", 25);
+    props.setInt32("textDepth", 6);
+    MVNProducer* clip = make(props);
+    ASSERT_NE(clip, nullptr);
+    show(clip);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    // A pit: darker by 24 or more than three of its four neighbours.
+    int pits = 0;
+    for (int y = 1; y + 1 < H; ++y)
+        for (int x = 1; x + 1 < W; ++x) {
+            const int g = out.at(x, y).g;
+            const int darker = (out.at(x - 1, y).g - g >= 24) + (out.at(x + 1, y).g - g >= 24) +
+                               (out.at(x, y - 1).g - g >= 24) + (out.at(x, y + 1).g - g >= 24);
+            pits += darker >= 3;
+        }
+    // A handful where glyph corners meet; some 20 with the near plane 5 away.
+    EXPECT_LE(pits, 8);
+}
+
 TEST_F(TextClips, LayoutTakesAtMost281CodePoints) {
     MVNProducer* clip = make(textProps(std::string(281, 'i'), 4));
     ASSERT_NE(clip, nullptr);

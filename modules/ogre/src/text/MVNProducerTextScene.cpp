@@ -61,11 +61,12 @@ int MVNProducerText::_textOgreRttInit() {
             // one profile pixel in the plane z 0, as in the main scene.
             Ogre::SceneManager* mgr = root.createSceneManager("DefaultSceneManager", mgrName);
             Ogre::Camera* camera = mgr->createCamera("MeshCam");
-            // Extruded text turned in depth reaches behind z 0 and needs
-            // its depth resolved finer than a unit where it stands, 10000
-            // away: the near plane is far enough out for that (a 24-bit
-            // depth buffer then steps by some 0.06 units there) and the
-            // far plane lies as far behind z 0 as the camera is in front.
+            // Extruded text turned in depth, and a flat text's outline,
+            // reach behind z 0, and an extruded glyph needs its depth
+            // resolved finer than a unit where it stands, 10000 away: the
+            // near plane is far enough out for that (a 24-bit depth buffer
+            // then steps by some 0.06 units there) and the far plane lies
+            // as far behind z 0 as the camera is in front.
             camera->setNearClipDistance(100);
             camera->setFarClipDistance(20000);
             camera->setAutoAspectRatio(true);

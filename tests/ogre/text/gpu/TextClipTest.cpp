@@ -244,13 +244,19 @@ TEST_F(TextClips, InkHasTheShapeFreeTypeDrawsForTheSameFaceAndSize) {
                                                          << ", FreeType " << rbox.width() << "x" << rbox.height();
 }
 
+// In the frame, and in the track's texture of an animated text (standing
+// in its final look), where the outline lies behind the fill.
 TEST_F(TextClips, OutlineIsDrawnInItsColourOnlyWithAPositiveSize) {
+    for (bool track : {false, true})
     for (double size : {0.0, 3.0}) {
+        SCOPED_TRACE(track ? "in its track" : "in the frame");
         MVNProperties props = textProps("Hello", 40);
         props.setDouble("textOutlineSize", size);
         props.setColor("textColorOutline", MVNColor4B(0, 0, 255, 255));
+        if (track) props.setInt32("textAnimationType", 9);
         MVNProducer* clip = make(props);
         ASSERT_NE(clip, nullptr);
+        if (track) clip->setBoolean("_textEditStatus", true);
         show(clip);
         Composition out(W, H);
         ASSERT_TRUE(out.ok());

@@ -196,10 +196,14 @@ int MVNProducerText::_textOgreMVNOreInit() {
         pass->createTextureUnitState("_TextRttTrackTexture" + _zSuffix())
             ->setTextureAddressingMode(Ogre::TextureUnitState::TAM_CLAMP);
         material->load();
-        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z));
-        Ogre::MeshManager::getSingleton().createPlane("mOutPlane" + id, kGroup, plane,
-                                                      static_cast<float>(mProfile.width()),
-                                                      static_cast<float>(mProfile.height()), 1, 1, true, 1, 1, 1,
+        // In the plane of the text node, which stands at the zOrder: as much
+        // smaller as it is nearer the camera, so that the texture's pixels
+        // fall on the frame's one to one and the text is not resampled.
+        const float d = MVNOgreManager::getSingleton()->getCameraDistance();
+        const float scale = d > 0 ? (d - z) / d : 1.0f;
+        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, 0.0f);
+        Ogre::MeshManager::getSingleton().createPlane("mOutPlane" + id, kGroup, plane, mProfile.width() * scale,
+                                                      mProfile.height() * scale, 1, 1, true, 1, 1, 1,
                                                       Ogre::Vector3::UNIT_Y);
         Ogre::Entity* entity = _sceneManager->createEntity("mOutEnt" + id, "mOutPlane" + id);
         entity->setMaterialName("mOutMat" + id);

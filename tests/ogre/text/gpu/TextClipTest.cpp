@@ -471,6 +471,37 @@ TEST_F(TextClips, TurnedExtrudedCapsShowNoSidesThroughThem) {
     EXPECT_LE(pits, 8);
 }
 
+// A text shown through its track's texture is the text drawn in the frame:
+// the texture's pixels fall on the frame's one to one, on a high track too.
+TEST_F(TextClips, TextInItsTrackLooksAsInTheFrame) {
+    auto draw = [this](bool track) {
+        MVNProperties props = textProps("Bo8e", 60);
+        props.setInt32("zOrder", 40);
+        if (track) props.setInt32("textAnimationType", 9);
+        MVNProducer* clip = make(props);
+        if (track) clip->setBoolean("_textEditStatus", true);
+        show(clip);
+        Composition out(W, H);
+        std::vector<int> green(W * H, 0);
+        for (int y = 0; y < H && out.ok(); ++y)
+            for (int x = 0; x < W; ++x) green[y * W + x] = out.at(x, y).g;
+        clip->resetRender(0);
+        return green;
+    };
+    const std::vector<int> frame = draw(false), track = draw(true);
+    int far = 0, sum = 0;
+    for (size_t i = 0; i < frame.size(); ++i) {
+        const int d = std::abs(frame[i] - track[i]);
+        far += d > 64;
+        sum += d;
+    }
+    // Edge pixels multisampled in one place or the other differ a little;
+    // a plane drawn 0.8% too large (at twice the track's depth) resampled
+    // the whole text and left some 90 pixels far apart.
+    EXPECT_LE(far, 40) << "pixels more than a quarter apart";
+    EXPECT_LT(sum, 28000) << "summed difference of green";
+}
+
 TEST_F(TextClips, LayoutTakesAtMost281CodePoints) {
     MVNProducer* clip = make(textProps(std::string(281, 'i'), 4));
     ASSERT_NE(clip, nullptr);

@@ -46,7 +46,7 @@ using namespace Morvane;
 namespace MorvaneBench {
 void composeFrames(benchmark::State& state, bool upload);
 void buildTitle(benchmark::State& state, int mode);
-void composeTitles(benchmark::State& state, bool three);
+void composeTitles(benchmark::State& state, bool three, bool multisampledTracks);
 void animateTitle(benchmark::State& state, int type);
 }
 
@@ -406,9 +406,17 @@ int main(int argc, char** argv) {
         for (bool three : {false, true}) {
             std::string name = std::string("ComposeTenTextClips/") + (three ? "extruded" : "flat") + suffix;
             benchmark::RegisterBenchmark(name.c_str(), [w, h, three](benchmark::State& state) {
-                if (engineAt(state, w, h)) MorvaneBench::composeTitles(state, three);
+                if (engineAt(state, w, h)) MorvaneBench::composeTitles(state, three, true);
             })->Iterations(20)->Unit(benchmark::kMillisecond)->UseRealTime();
         }
+        // Beside the row above: what multisampling the track textures costs.
+        benchmark::RegisterBenchmark(("ComposeTenTextClips/extruded_one_sample" + suffix).c_str(),
+                                     [w, h](benchmark::State& state) {
+                                         if (engineAt(state, w, h)) MorvaneBench::composeTitles(state, true, false);
+                                     })
+            ->Iterations(20)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
         // Still (0), moving (1), fading (9) and wiped by a program (25).
         for (int type : {0, 1, 9, 25}) {
             std::string name = "AnimatedTextTitle/type" + std::to_string(type) + suffix;

@@ -49,17 +49,25 @@ void buildTitle(benchmark::State& state, int mode) {
     clip->release();
 }
 
-// Frames with ten text clips shown and read back.
-void composeTitles(benchmark::State& state, bool three) {
+// Frames with ten text clips shown and read back. `multisampledTracks`
+// false: the extruded clips' track textures are made with one sample a
+// pixel (anti-aliasing is off while they are made), for the cost of their
+// multisampling.
+void composeTitles(benchmark::State& state, bool three, bool multisampledTracks) {
+    MVNOgreManager* manager = MVNOgreManager::getSingleton();
+    const bool antiAliasing = manager->isAntiAliasing();
+    if (!multisampledTracks) manager->setAntiAliasing(false);
     std::vector<std::unique_ptr<MVNProducerText>> clips;
     for (int i = 0; i < 10; ++i) {
         clips.push_back(makeTitle(10 + i, three, "Title number " + std::to_string(i)));
         if (!clips.back()) {
+            manager->setAntiAliasing(antiAliasing);
             state.SkipWithError("a text clip did not start");
             return;
         }
         clips.back()->setGeometry(MVNRect(0, static_cast<float>(i * 90), 1920, 90));
     }
+    manager->setAntiAliasing(antiAliasing);
     for (auto _ : state) {
         for (auto& clip : clips) {
             MVNFrame* frame = nullptr;

@@ -317,6 +317,8 @@ struct MultisampleCase {
     // turning clip's first frame stands unturned or not as the animation's
     // start falls).
     std::vector<int> differ;
+    // When set, the second track's clips in place of the box.
+    const char* clips = nullptr;
 };
 
 class MvnRenderMultisample : public MvnRender, public ::testing::WithParamInterface<MultisampleCase> {};
@@ -331,10 +333,11 @@ std::vector<int> framesThatDiffer(const std::string& a, const std::string& b, si
 
 TEST_P(MvnRenderMultisample, DefaultMatchesMultisampledBytesAndSkipsItOnlyWhereNothingChanges) {
     const MultisampleCase& c = GetParam();
+    const std::string clips =
+        c.clips != nullptr ? c.clips : std::string(R"({ "service": "ogre.color", "length": 6, )") + c.box + " }";
     std::ofstream(project) << R"({ "profile": { "width": 96, "height": 64, "fps": 25 }, "tracks": [
         { "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } } ] },
-        { "clips": [ { "service": "ogre.color", "length": 6, )"
-                           << c.box << R"( } ] } ] })";
+        { "clips": [ )" << clips << R"( ] } ] })";
     ToolRun automatic = runTool(project + " -o - --quiet");
     ToolRun forced = runTool(project + " -o - --quiet --antialias");
     ToolRun off = runTool(project + " -o - --quiet --no-antialias");
@@ -366,5 +369,13 @@ INSTANTIATE_TEST_SUITE_P(
         MultisampleCase{"Turning", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 1 })",
                         {-1}},
         MultisampleCase{"Pulsing", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 3 })",
-                        {-1}}),
+                        {-1}},
+        // Text for the first half: glyphs are shapes, drawn multisampled in
+        // the frame, or in their track's texture when extruded; the frames
+        // after it are not multisampled.
+        MultisampleCase{"FlatText", "", {0, 1, 2},
+                        R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40 } })"},
+        MultisampleCase{"ExtrudedText", "", {0, 1, 2},
+                        R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40,
+                             "textThree": true, "textDepth": 6 } })"}),
     [](const ::testing::TestParamInfo<MultisampleCase>& info) { return std::string(info.param.name); });

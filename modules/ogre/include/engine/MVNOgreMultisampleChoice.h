@@ -19,7 +19,10 @@ namespace Morvane {
 // same byte for byte without it. A
 // quad turned by other than a multiple of 90 degrees, scaled or moved
 // (an animation) off whole pixels, tilted in depth, or any shape that is no
-// flat quad (3D geometry, overlays) needs it.
+// flat quad (3D geometry, overlays, the glyphs of a text drawn in the frame)
+// needs it. A text drawn in its track's texture (extruded or animated) is
+// multisampled there, as the frame would be: the frame sees only the quad
+// that shows that texture, and multisampling it would change nothing.
 //
 // Render thread only; reads the scene as it will be drawn.
 class MVN_OGRE_API MVNOgreMultisampleChoice {

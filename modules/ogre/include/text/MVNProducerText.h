@@ -120,6 +120,10 @@ private:
     void _releaseTextTitle();
 
     std::string _zSuffix() const { return std::to_string(_fontInfo.zOrder); }
+    // Depths in the main scene of the box and the title behind a text at
+    // `zOrder` (MVNProducerTextTitle.cpp).
+    static float _boxDepth(int zOrder);
+    static float _titleDepth(int zOrder);
 
     MVNRect _geometry;
     Ogre::SceneManager* _sceneManager = nullptr;  // main scene, not owned

@@ -149,7 +149,8 @@ int MVNProducerText::_reconfigTextGeo(const MVNRect& rect) {
         const int z = _fontInfo.zOrder;
         TextUtils::removeEntity(_sceneManager, "mOutBoxEnt" + id);
         TextUtils::removeMesh("mOutBoxPlane" + id);
-        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z - 5));
+        // On the text node, at the text's depth: the plane holds the rest.
+        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, _boxDepth(z) - z);
         if (rect.width > 0 && rect.height > 0) {
             Ogre::MeshManager::getSingleton().createPlane("mOutBoxPlane" + id, "General", plane, rect.width, rect.height,
                                                           1, 1, true, 1, 1, 1, Ogre::Vector3::UNIT_Y);

@@ -29,6 +29,9 @@ namespace Morvane {
 namespace {
 const char* const kTag = "Morvane::MVNProducerText";
 const char* const kGroup = "General";
+// The depth buffers of the track textures, apart from every other target's;
+// the tracks share them, as each clears its depth on every draw.
+const Ogre::uint16 kTrackDepthPool = 0x7e47;
 
 Ogre::ushort priority(int value) { return static_cast<Ogre::ushort>(value < 0 ? 0 : value); }
 
@@ -58,8 +61,14 @@ int MVNProducerText::_textOgreRttInit() {
             // one profile pixel in the plane z 0, as in the main scene.
             Ogre::SceneManager* mgr = root.createSceneManager("DefaultSceneManager", mgrName);
             Ogre::Camera* camera = mgr->createCamera("MeshCam");
-            camera->setNearClipDistance(5);
-            camera->setFarClipDistance(10000);
+            // Extruded text turned in depth, and a flat text's outline,
+            // reach behind z 0, and an extruded glyph needs its depth
+            // resolved finer than a unit where it stands, 10000 away: the
+            // near plane is far enough out for that (a 24-bit depth buffer
+            // then steps by some 0.06 units there) and the far plane lies
+            // as far behind z 0 as the camera is in front.
+            camera->setNearClipDistance(100);
+            camera->setFarClipDistance(20000);
             camera->setAutoAspectRatio(true);
             camera->setFOVy(Ogre::Radian(2.0f * std::atan((profileH / 2) / 10000.0f)));
             mgr->getRootSceneNode()->createChildSceneNode("TextRttCamera", Ogre::Vector3(0, 0, 10000))->attachObject(camera);
@@ -74,15 +83,24 @@ int MVNProducerText::_textOgreRttInit() {
             spot->setSpecularColour(0.7f, 0.7f, 0.7f);
             spot->setSpotlightRange(Ogre::Degree(15), Ogre::Degree(120), 1.0f);
             mgr->getRootSceneNode()->createChildSceneNode("MeshSpecularNode", Ogre::Vector3(0, 0, 200))->attachObject(spot);
-            // Single-sampled: a multisampled track texture made after another
-            // one was destroyed draws its extruded caps black on the GL
-            // render system (the depth buffer it is given from the pool does
-            // not match); edges are smoothed when the plane is composed.
+            // Multisampled like the composition: the glyph edges are drawn
+            // here, and the plane that shows this texture can't smooth them.
+            // The GL render system lends one multisampled colour buffer to
+            // every target of this size and sample count: each draw here is
+            // resolved into the texture at once (update with swap), before
+            // another target draws.
+            MVNOgreContextBase* context = MVNOgreManager::getSingleton()->getOgreContext();
             Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
                 "_TextRttTrackTexture" + _zSuffix(), kGroup, Ogre::TEX_TYPE_2D, profileW, profileH, 1, 0,
                 Ogre::PF_A8R8G8B8, Ogre::TU_RENDERTARGET, nullptr, false,
-                0, "");
+                context != nullptr ? context->chooseAntiAliasingLevel() : 0, "");
             Ogre::RenderTarget* target = texture->getBuffer()->getRenderTarget();
+            // Extruded glyphs write depth. In the default pool this texture
+            // would share its depth buffer with the composition's texture of
+            // the same size and samples, which clears depth only while its
+            // own scene writes depth: the text planes would then be tested
+            // against the glyphs' depth and vanish where the caps are.
+            target->setDepthBufferPool(kTrackDepthPool);
             Ogre::Viewport* viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
             viewport->setBackgroundColour(Ogre::ColourValue::ZERO);
             viewport->setOverlaysEnabled(false);
@@ -178,10 +196,14 @@ int MVNProducerText::_textOgreMVNOreInit() {
         pass->createTextureUnitState("_TextRttTrackTexture" + _zSuffix())
             ->setTextureAddressingMode(Ogre::TextureUnitState::TAM_CLAMP);
         material->load();
-        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z));
-        Ogre::MeshManager::getSingleton().createPlane("mOutPlane" + id, kGroup, plane,
-                                                      static_cast<float>(mProfile.width()),
-                                                      static_cast<float>(mProfile.height()), 1, 1, true, 1, 1, 1,
+        // In the plane of the text node, which stands at the zOrder: as much
+        // smaller as it is nearer the camera, so that the texture's pixels
+        // fall on the frame's one to one and the text is not resampled.
+        const float d = MVNOgreManager::getSingleton()->getCameraDistance();
+        const float scale = d > 0 ? (d - z) / d : 1.0f;
+        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, 0.0f);
+        Ogre::MeshManager::getSingleton().createPlane("mOutPlane" + id, kGroup, plane, mProfile.width() * scale,
+                                                      mProfile.height() * scale, 1, 1, true, 1, 1, 1,
                                                       Ogre::Vector3::UNIT_Y);
         Ogre::Entity* entity = _sceneManager->createEntity("mOutEnt" + id, "mOutPlane" + id);
         entity->setMaterialName("mOutMat" + id);
@@ -200,7 +222,8 @@ int MVNProducerText::_textOgreMVNOreInit() {
         pass->setTransparentSortingEnabled(false);
         pass->setTransparentSortingForced(true);
         material->load();
-        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z - 5));
+        // On the text node, at the text's depth: the plane holds the rest.
+        Ogre::Plane plane(Ogre::Vector3::UNIT_Z, _boxDepth(z) - z);
         Ogre::MeshManager::getSingleton().createPlane(
             "mOutBoxPlane" + id, kGroup, plane, static_cast<float>(getInt32("_textGeoPlaneWidth", mProfile.width())),
             static_cast<float>(getInt32("_textGeoPlaneHeight", mProfile.height())), 1, 1, true, 1, 1, 1,

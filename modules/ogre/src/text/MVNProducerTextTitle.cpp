@@ -11,6 +11,8 @@
 #include <OgreTechnique.h>
 #include <OgreTextureManager.h>
 
+#include <algorithm>
+
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
 #include "text/MVNProducerText.h"
@@ -40,6 +42,14 @@ Ogre::Pass* newTitleMaterial(const std::string& name) {
     return pass;
 }
 }  // namespace
+
+// The main camera's far clip plane is z 0: whatever lies behind it is not
+// drawn. The box and the title stand 5 and 2 units behind their text where
+// its zOrder leaves room, as the priorities order them, and else at a quarter
+// and a half of the text's depth, still in that order and in sight.
+float MVNProducerText::_boxDepth(int zOrder) { return std::max(zOrder - 5.0f, zOrder / 4.0f); }
+
+float MVNProducerText::_titleDepth(int zOrder) { return std::max(zOrder - 2.0f, zOrder / 2.0f); }
 
 Ogre::SceneNode* MVNProducerText::_titleNode() {
     if (_sceneManager == nullptr) return nullptr;
@@ -123,7 +133,8 @@ int MVNProducerText::_buildTitlePlane(Ogre::SceneNode* node) {
     TextUtils::removeEntity(_sceneManager, "mOutTitleEnt" + id);
     TextUtils::removeMesh("mOutTitlePlane" + id);
     if (_titleWidth <= 0 || _titleHeight <= 0) return 0;
-    Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(z - 2));
+    // In the plane of the node, which holds the depth.
+    Ogre::Plane plane(Ogre::Vector3::UNIT_Z, 0.0f);
     Ogre::MeshManager::getSingleton().createPlane("mOutTitlePlane" + id, kGroup, plane, _titleWidth, _titleHeight, 1, 1,
                                                   true, 1, 1, 1, Ogre::Vector3::UNIT_Y);
     Ogre::Entity* entity = _sceneManager->createEntity("mOutTitleEnt" + id, "mOutTitlePlane" + id);
@@ -143,13 +154,15 @@ int MVNProducerText::_setTextTitleGeo(const MVNRect& requested) {
     const MVNRect world = manager->adjustGeometryProfileToWorld(rect);
     const float cx = world.x + world.width / 2.0f, cy = world.y + world.height / 2.0f;
     const float d = manager->getCameraDistance();
-    const int z = _fontInfo.zOrder;
-    const float scale = d > 0 ? ((d - z) - 2) / d : 1.0f;
+    const float depth = _titleDepth(_fontInfo.zOrder);
+    // Nearer the camera than z 0 by `depth`: smaller by as much, so that
+    // the title covers its geometry's pixels exactly.
+    const float scale = d > 0 ? (d - depth) / d : 1.0f;
     _titlePosition[0] = cx * scale;
     _titlePosition[1] = cy * scale;
-    _titlePosition[2] = static_cast<float>(z - 2);
-    _titleWidth = world.width;
-    _titleHeight = world.height;
+    _titlePosition[2] = depth;
+    _titleWidth = world.width * scale;
+    _titleHeight = world.height * scale;
     if (!(_titleVideoOn || _titleImageOn) || _sceneManager == nullptr || !_sceneManager->hasSceneNode(_titleNodeName))
         return 0;
     return _buildTitlePlane(_sceneManager->getSceneNode(_titleNodeName));

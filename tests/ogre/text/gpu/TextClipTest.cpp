@@ -244,13 +244,19 @@ TEST_F(TextClips, InkHasTheShapeFreeTypeDrawsForTheSameFaceAndSize) {
                                                          << ", FreeType " << rbox.width() << "x" << rbox.height();
 }
 
+// In the frame, and in the track's texture of an animated text (standing
+// in its final look), where the outline lies behind the fill.
 TEST_F(TextClips, OutlineIsDrawnInItsColourOnlyWithAPositiveSize) {
+    for (bool track : {false, true})
     for (double size : {0.0, 3.0}) {
+        SCOPED_TRACE(track ? "in its track" : "in the frame");
         MVNProperties props = textProps("Hello", 40);
         props.setDouble("textOutlineSize", size);
         props.setColor("textColorOutline", MVNColor4B(0, 0, 255, 255));
+        if (track) props.setInt32("textAnimationType", 9);
         MVNProducer* clip = make(props);
         ASSERT_NE(clip, nullptr);
+        if (track) clip->setBoolean("_textEditStatus", true);
         show(clip);
         Composition out(W, H);
         ASSERT_TRUE(out.ok());
@@ -379,6 +385,121 @@ TEST_F(TextClips, ExtrudedClipsOneAfterTheOtherOnATrackBothDrawTheirFront) {
         EXPECT_GT(lit, 800) << "clip " << i;
         clip->resetRender(0);
     }
+}
+
+// Glyph edges are smoothed in the composed picture however the text is
+// drawn: flat in the main scene, flat in its track's render texture (an
+// animated clip, here standing in its final look) and extruded there. A
+// white face on magenta lifts green; a pixel the edge covers in part lifts
+// it by its coverage, so it lies between the background's 0 and the face.
+// Drawn with one sample a pixel, every pixel is all face or all background.
+struct EdgeCase {
+    const char* name;
+    std::function<void(MVNProducer*, MVNProperties&)> set;
+    int face;  // green of the face, at least
+    friend void PrintTo(const EdgeCase& c, std::ostream* os) { *os << c.name; }
+};
+
+class TextEdges : public TextClips, public ::testing::WithParamInterface<EdgeCase> {};
+
+TEST_P(TextEdges, AreAntiAliasedAndTheFaceIsLit) {
+    MVNProperties props = textProps("VAV", 100);
+    props.setColor("textColorBase", MVNColor4B(255, 255, 255, 255));
+    GetParam().set(nullptr, props);
+    MVNProducer* clip = make(props);
+    ASSERT_NE(clip, nullptr);
+    GetParam().set(clip, props);
+    show(clip);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    int face = 0, edge = 0;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) {
+            const int g = out.at(x, y).g;
+            face += g >= GetParam().face;
+            edge += g >= 8 && g < GetParam().face;
+        }
+    // The front of three 100-pixel letters, not only their outlines.
+    EXPECT_GT(face, 2000) << "face pixels";
+    // Six slanted strokes 100 pixels tall give some 700 (a lit extruded
+    // face varies a little, some 60 pixels below its least without).
+    EXPECT_GT(edge, 300) << "edge pixels between background and face";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, TextEdges,
+    ::testing::Values(EdgeCase{"Flat", [](MVNProducer*, MVNProperties&) {}, 240},
+                      EdgeCase{"FlatInItsTrack",
+                               [](MVNProducer* clip, MVNProperties& p) {
+                                   if (clip == nullptr) p.setInt32("textAnimationType", 9);
+                                   else clip->setBoolean("_textEditStatus", true);
+                               },
+                               240},
+                      EdgeCase{"Extruded",
+                               [](MVNProducer* clip, MVNProperties& p) {
+                                   if (clip != nullptr) return;
+                                   p.setBoolean("textThree", true);
+                                   p.setInt32("textDepth", 8);
+                               },
+                               160}),
+    [](const ::testing::TestParamInfo<EdgeCase>& info) { return std::string(info.param.name); });
+
+// A turned extruded title whose caps and sides meet along curves: where the
+// depth is resolved too coarsely the sides show through the caps as dark
+// pits along the outlines ("o", "B", "8", "e").
+TEST_F(TextClips, TurnedExtrudedCapsShowNoSidesThroughThem) {
+    MVNProperties props = textProps("Bo8e", 48);
+    props.setColor("textColorBase", MVNColor4B(255, 204, 0, 255));
+    props.setBoolean("textThree", true);
+    props.setDouble("textThreeYaw", 25);
+    props.setInt32("textDepth", 6);
+    MVNProducer* clip = make(props);
+    ASSERT_NE(clip, nullptr);
+    show(clip);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    // A pit: darker by 24 or more than three of its four neighbours.
+    int pits = 0;
+    for (int y = 1; y + 1 < H; ++y)
+        for (int x = 1; x + 1 < W; ++x) {
+            const int g = out.at(x, y).g;
+            const int darker = (out.at(x - 1, y).g - g >= 24) + (out.at(x + 1, y).g - g >= 24) +
+                               (out.at(x, y - 1).g - g >= 24) + (out.at(x, y + 1).g - g >= 24);
+            pits += darker >= 3;
+        }
+    // A handful where glyph corners meet; some 20 with the near plane 5 away.
+    EXPECT_LE(pits, 8);
+}
+
+// A text shown through its track's texture is the text drawn in the frame:
+// the texture's pixels fall on the frame's one to one, on a high track too.
+TEST_F(TextClips, TextInItsTrackLooksAsInTheFrame) {
+    auto draw = [this](bool track) {
+        MVNProperties props = textProps("Bo8e", 60);
+        props.setInt32("zOrder", 40);
+        if (track) props.setInt32("textAnimationType", 9);
+        MVNProducer* clip = make(props);
+        if (track) clip->setBoolean("_textEditStatus", true);
+        show(clip);
+        Composition out(W, H);
+        std::vector<int> green(W * H, 0);
+        for (int y = 0; y < H && out.ok(); ++y)
+            for (int x = 0; x < W; ++x) green[y * W + x] = out.at(x, y).g;
+        clip->resetRender(0);
+        return green;
+    };
+    const std::vector<int> frame = draw(false), track = draw(true);
+    int far = 0, sum = 0;
+    for (size_t i = 0; i < frame.size(); ++i) {
+        const int d = std::abs(frame[i] - track[i]);
+        far += d > 64;
+        sum += d;
+    }
+    // Edge pixels multisampled in one place or the other differ a little;
+    // a plane drawn 0.8% too large (at twice the track's depth) resampled
+    // the whole text and left some 90 pixels far apart.
+    EXPECT_LE(far, 40) << "pixels more than a quarter apart";
+    EXPECT_LT(sum, 28000) << "summed difference of green";
 }
 
 TEST_F(TextClips, LayoutTakesAtMost281CodePoints) {

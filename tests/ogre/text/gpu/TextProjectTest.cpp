@@ -98,9 +98,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(TextProject, TitlePicturesAreFoundBesideTheProjectAndAMissingOneNamesItsKey) {
     ASSERT_EQ(std::system("ffmpeg -v error -y -f lavfi -i color=c=0x00c000:s=16x16 -frames:v 1 green.png"), 0);
     // A picture beside the project in the top-left quarter, from the top,
-    // behind a text on the second track.
-    ASSERT_EQ(load(R"([ { "clips": [ { "service": "ogre.color", "length": 10, "properties": { "color": "#00000000" } } ] },
-        { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
+    // behind a text on the first track.
+    ASSERT_EQ(load(R"([ { "clips": [ { "service": "text", "length": 10, "properties": { "textString": "Hi",
         "textSize": 40, "textTitleImageName": "green.png", "textBgGeometry": "[0:0 160x90]" } } ] } ])"),
               0)
         << loader.error();

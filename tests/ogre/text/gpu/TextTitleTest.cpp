@@ -41,9 +41,9 @@ protected:
         QuadEngineTest::TearDown();
     }
 
-    MVNProducer* make(MVNProperties props) {
+    MVNProducer* make(MVNProperties props, int zOrder = 2) {
         props.setString("service", "text");
-        props.setInt32("zOrder", 2);
+        props.setInt32("zOrder", zOrder);
         props.setString("textString", "HHHHHH");
         props.setInt32("textSize", 60);
         std::string id = MVNFactory::getSingleton()->createProducer(profile(), props);
@@ -120,7 +120,11 @@ INSTANTIATE_TEST_SUITE_P(PlayingAndEditing, TextTitleVideo,
                          ::testing::Values(TitleFrame{2, false, kEarly}, TitleFrame{20, false, kLate},
                                            TitleFrame{20, true, kEarly}, TitleFrame{40, false, kLate}));
 
-TEST_F(TextTitles, TitleImageFillsItsGeometryAndGoesWithTheClip) {
+// On every track, the first one included: the title and the box behind it
+// stay in front of the camera's far plane.
+class TextTitleImage : public TextTitles, public ::testing::WithParamInterface<int> {};
+
+TEST_P(TextTitleImage, TitleImageFillsItsGeometryAndGoesWithTheClip) {
     // Green above, yellow below: a flipped picture fails.
     ASSERT_TRUE(ffmpeg("-f lavfi -i color=c=0x00c000:s=32x18 -vf drawbox=x=0:y=9:w=32:h=9:color=0xc0c000:t=fill"
                        " -frames:v 1 title.png"));
@@ -128,19 +132,31 @@ TEST_F(TextTitles, TitleImageFillsItsGeometryAndGoesWithTheClip) {
     props.setString("textTitleImagePath", ".");
     props.setString("textTitleImageName", "title.png");
     props.setRect("textBgGeometry", MVNRect(0, 0, W / 2, H));
-    MVNProducer* clip = make(props);
+    MVNProducer* clip = make(props, GetParam());
     ASSERT_NE(clip, nullptr);
     show(clip, 0);
+    const RGBA top{0, 192, 0, 255}, bottom{192, 192, 0, 255};
     {
         Composition out(W, H);
         ASSERT_TRUE(out.ok());
         out.save("image");
-        const RGBA top{0, 192, 0, 255}, bottom{192, 192, 0, 255};
         EXPECT_LE(maxColourDifference(out.at(10, H - 10), top), 2) << out.at(10, H - 10);
         EXPECT_LE(maxColourDifference(out.at(10, 10), bottom), 2) << out.at(10, 10);
+        // To the pixel: its last column is the picture's, the next one not.
+        EXPECT_LE(maxColourDifference(out.at(W / 2 - 1, 10), bottom), 2) << out.at(W / 2 - 1, 10);
+        EXPECT_EQ(out.at(W / 2, 10), kMagenta);
         EXPECT_EQ(out.at(W - 10, H - 10), kMagenta);
         EXPECT_EQ(out.at(W - 10, 10), kMagenta);
         EXPECT_GT(textHalves(out).second, 300);
+    }
+    // The box behind the title fills the text's geometry, the whole picture.
+    clip->setColor("textBgColor", MVNColor4B(0, 0, 255, 255));
+    show(clip, 0);
+    {
+        Composition out(W, H);
+        ASSERT_TRUE(out.ok());
+        EXPECT_EQ(out.at(W - 10, 10), (RGBA{0, 0, 255, 255}));
+        EXPECT_LE(maxColourDifference(out.at(10, 10), bottom), 2) << out.at(10, 10);
     }
     auto titleObjects = [] {
         int n = 0;
@@ -160,6 +176,9 @@ TEST_F(TextTitles, TitleImageFillsItsGeometryAndGoesWithTheClip) {
     ids_.clear();
     EXPECT_EQ(titleObjects(), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Tracks, TextTitleImage, ::testing::Values(1, 2, 7),
+                         [](const ::testing::TestParamInfo<int>& info) { return "zOrder" + std::to_string(info.param); });
 
 TEST_F(TextTitles, TitleVideoThatDoesNotOpenLogsOnceAndTheTextStillDraws) {
     LogCapture log;

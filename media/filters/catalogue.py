@@ -26,6 +26,12 @@ A uniform is (name, default) with an optional third element of flags:
                                (colour channels of a key colour)
 
 Plain uniforms are live; computed defaults are not.
+
+A separable filter may name two defines of its program in `passes`: the
+filter then draws the first into a render texture of its own and the second
+from that texture, in place of its single-pass material (which stays, with
+the same look, for whoever draws the material alone). Their materials are
+NAME/Pass1 and NAME/Pass2 and take the filter's uniforms.
 """
 
 # Float constants of a look, each given to the look program as a named
@@ -361,7 +367,8 @@ FILTERS = [
      dict(init=False)),
     # The clip animations stand here, in ANIMATIONS order.
     ("GaussianBlur", "blur", "blur_fp.glsl", "GAUSSIAN",
-     [("ufmImageW", 0.0, "sent_width"), ("ufmImageH", 0.0, "sent_height")], dict(init=False)),
+     [("ufmImageW", 0.0, "sent_width"), ("ufmImageH", 0.0, "sent_height")],
+     dict(init=False, passes=("GAUSSIAN_PASS_X", "GAUSSIAN_PASS_Y"))),
     ("GaussianBlurX", "blur", "blur_fp.glsl", "GAUSSIAN_X",
      [("ufmImageW", 0.0, "sent_width"), ("ufmImageH", 0.0, "sent_height")], dict(init=False)),
     ("GaussianBlurY", "blur", "blur_fp.glsl", "GAUSSIAN_Y",
@@ -416,14 +423,15 @@ def keeps_alpha(family, define):
 def catalogue():
     """Every filter in catalogue order as a dict with the keys name, family,
     program, define, uniforms, init, frame, special, extra, consts,
-    sampler_lut and keeps_alpha."""
+    sampler_lut, keeps_alpha and passes."""
     rows = []
 
     def add(name, family, program, define, uniforms, extras):
         row = dict(name=name, family=family, program=program, define=define, uniforms=uniforms,
                    init=extras.get("init", True), frame=extras.get("frame"), special=extras.get("special"),
                    extra=extras.get("extra", []), consts=extras.get("consts", {}),
-                   sampler_lut=extras.get("sampler_lut", False), keeps_alpha=keeps_alpha(family, define))
+                   sampler_lut=extras.get("sampler_lut", False), keeps_alpha=keeps_alpha(family, define),
+                   passes=extras.get("passes"))
         rows.append(row)
 
     for name, family, program, define, uniforms, extras in FILTERS:

@@ -115,6 +115,8 @@ def rows():
             raise CatalogueError("%s: unknown special %r" % (row["name"], row["special"]))
         if row["family"] not in FAMILY_TITLES:
             raise CatalogueError("%s: unknown family %r" % (row["name"], row["family"]))
+        if row["passes"] is not None and len(row["passes"]) != 2:
+            raise CatalogueError("%s: a two-pass filter names two passes, not %r" % (row["name"], row["passes"]))
         row = dict(row)
         row["uniforms"] = [parse_uniform(row["name"], u) for u in row["uniforms"]]
         row["sent"] = [u["name"] for u in row["uniforms"] if u["source"] != "PropertyOnly"]
@@ -173,9 +175,18 @@ def const_uniform(name):
     return "look" + name[0].upper() + name[1:]
 
 
-def program_name(row):
+def program_name(row, define=None):
+    """The fragment program of a row, or of one of its passes (`define`)."""
     stem = row["program"][:-len(".glsl")]
-    return "MVNFilters/%s/%s" % (stem, row["define"]) if row["define"] else "MVNFilters/%s" % stem
+    define = define or row["define"]
+    return "MVNFilters/%s/%s" % (stem, define) if define else "MVNFilters/%s" % stem
+
+
+def pass_materials(row):
+    """(material name, define) of each pass of a two-pass row; none otherwise."""
+    if not row["passes"]:
+        return []
+    return [("%s/Pass%d" % (row["name"], i + 1), define) for i, define in enumerate(row["passes"])]
 
 
 def number(v):
@@ -200,14 +211,18 @@ def write_program_script(all_rows):
              "}",
              ""]
     done = set()
+    variants = []
     for row in all_rows:
-        name = program_name(row)
+        variants.append((row, row["define"]))
+        variants += [(row, define) for _, define in pass_materials(row)]
+    for row, define in variants:
+        name = program_name(row, define)
         if name in done:
             continue
         done.add(name)
         lines += ["fragment_program %s glsl" % name, "{", "    source %s" % row["program"]]
-        if row["define"]:
-            lines.append("    preprocessor_defines %s=1" % row["define"])
+        if define:
+            lines.append("    preprocessor_defines %s=1" % define)
         lines += ["    default_params", "    {", "        param_named inputImageTexture int 0"]
         if row["sampler_lut"]:
             lines.append("        param_named inputImageTextureLut int 1")
@@ -240,15 +255,19 @@ def write_material_script(family, family_rows):
              "// %s: one material per filter name, drawn on the filter's quad with the" % FAMILY_TITLES[family],
              "// picture at texture unit 0 (inputImageTexture).",
              ""]
+    materials = []
     for row in family_rows:
-        lines += ["material %s" % row["name"], "{", "    technique", "    {", "        pass", "        {",
+        materials.append((row, row["name"], program_name(row)))
+        materials += [(row, name, program_name(row, define)) for name, define in pass_materials(row)]
+    for row, material, program in materials:
+        lines += ["material %s" % material, "{", "    technique", "    {", "        pass", "        {",
                   "            lighting off",
                   "            depth_write off",
                   "            cull_hardware none",
                   "            vertex_program_ref %s" % VERTEX_PROGRAM,
                   "            {",
                   "            }",
-                  "            fragment_program_ref %s" % program_name(row),
+                  "            fragment_program_ref %s" % program,
                   "            {"]
         for name, value in material_defaults(row):
             lines.append("                param_named %s %s" % (name, value))
@@ -294,11 +313,12 @@ def write_cpp_table(all_rows):
         lines.append("")
     lines.append("const Morvane::MVNFilterCatalogueEntry kCatalogue[] = {")
     for index, row in enumerate(all_rows):
-        lines.append("    {%s, %s, %s, %s, %s, Frame::%s, Special::%s, kUniforms%d, %d, kSent%d, %d, %s}," % (
+        passes = [name for name, _ in pass_materials(row)] or [None, None]
+        lines.append("    {%s, %s, %s, %s, %s, Frame::%s, Special::%s, kUniforms%d, %d, kSent%d, %d, %s, %s, %s}," % (
             cpp_string(row["name"]), cpp_string(row["family"]), cpp_string(row["program"]),
             cpp_string(row["define"] or ""), "true" if row["init"] else "false", FRAMES[row["frame"]],
             SPECIALS[row["special"]], index, len(row["uniforms"]), index, len(row["sent"]),
-            "true" if row["keeps_alpha"] else "false"))
+            "true" if row["keeps_alpha"] else "false", cpp_string(passes[0]), cpp_string(passes[1])))
     lines.append("};")
     lines.append("")
     lines.append("}  // namespace")

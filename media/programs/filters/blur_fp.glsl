@@ -8,8 +8,11 @@
 //                screened over the picture by ufmBrightness
 //   SHARPEN      unsharp mask, ufmSharpnessStrength 0 leaves it alone
 //   GAUSSIAN     two-dimensional Gaussian, sigma 2 pixels
+//   GAUSSIAN_PASS_X/Y  the same Gaussian as two one-dimensional passes,
+//                the filter drawing the first into a texture of its own
 //   GAUSSIAN_X/Y one pass of a separable Gaussian, sigma 3 pixels, times
-//                ufmStrength where that is above 0
+//                ufmStrength where that is above 0; X drawn smaller than
+//                its picture reads every row it stands for
 // ufmUpdateDefault 1 (outside the clip span the processor set) shows the
 // picture unchanged.
 #include "filter_common.glsl"
@@ -95,15 +98,16 @@ void main()
     vec3 around = picture(vUv + vec2(t.x, 0.0)).rgb + picture(vUv - vec2(t.x, 0.0)).rgb
                 + picture(vUv + vec2(0.0, t.y)).rgb + picture(vUv - vec2(0.0, t.y)).rgb;
     result.rgb = colour.rgb + ufmSharpnessStrength * 4.0 * (colour.rgb - around * 0.25);
-#elif defined(GAUSSIAN)
-    // A 9 x 9 kernel, sigma 2, read as 5 x 5 bilinear fetches: each fetch
-    // between two texels weighs them as the kernel does (the offsets and
-    // weights below are those of pairs of taps), so 25 fetches give what 81
-    // would.
+#elif defined(GAUSSIAN) || defined(GAUSSIAN_PASS_X) || defined(GAUSSIAN_PASS_Y)
+    // A 9-tap kernel, sigma 2, read as 5 bilinear fetches a direction: each
+    // fetch between two texels weighs them as the kernel does (the offsets
+    // and weights below are those of pairs of taps). In two dimensions 25
+    // fetches give what 81 taps would; as two passes, 5 + 5.
     vec2 texel = texelOf(ufmImageW, ufmImageH);
     const float offsets[3] = float[3](0.0, 1.4073334, 3.2942150);
     const float weights[3] = float[3](0.204163689, 0.304005360, 0.093912796);
     vec4 sum = vec4(0.0);
+#if defined(GAUSSIAN)
     for (int y = -2; y <= 2; ++y) {
         float oy = y < 0 ? -offsets[-y] : offsets[y];
         float wy = weights[y < 0 ? -y : y];
@@ -112,6 +116,17 @@ void main()
             sum += picture(vUv + vec2(ox, oy) * texel) * (weights[x < 0 ? -x : x] * wy);
         }
     }
+#else
+#if defined(GAUSSIAN_PASS_X)
+    vec2 step = vec2(texel.x, 0.0);
+#else
+    vec2 step = vec2(0.0, texel.y);
+#endif
+    sum = picture(vUv) * weights[0];
+    for (int i = 1; i < 3; ++i) {
+        sum += (picture(vUv + offsets[i] * step) + picture(vUv - offsets[i] * step)) * weights[i];
+    }
+#endif
     result = sum;
 #elif defined(GAUSSIAN_X) || defined(GAUSSIAN_Y)
     // 19 taps, sigma 3, as 11 fetches: pairs of taps read between texels.
@@ -127,11 +142,31 @@ void main()
     const float offsets[6] = float[6](0.0, 1.4584295, 3.4039848, 5.3518058, 7.3029407, 9.0);
     const float weights[6] = float[6](0.133175996, 0.232618096, 0.135525613, 0.051231140, 0.012557701,
                                       0.001479452);
+#if defined(GAUSSIAN_X)
+    // Drawn smaller than its picture (a canvas's background), one pixel
+    // stands for several rows: the row is read as the mean of bilinear
+    // fetches spread over them, two rows each, so that no row is skipped
+    // and a sharp edge can't leave a band.
+    float rows = abs(dFdy(vUv.y)) / texel.y;
+    float reads = clamp(ceil(rows * 0.5 - 0.01), 1.0, 8.0);
+    vec4 sum = vec4(0.0);
+    for (int r = 0; r < 8; ++r) {
+        if (float(r) >= reads) break;
+        vec2 uv = vUv + vec2(0.0, ((float(r) + 0.5) / reads - 0.5) * rows * texel.y);
+        vec4 row = picture(uv) * weights[0];
+        for (int i = 1; i < 6; ++i) {
+            row += (picture(uv + offsets[i] * step) + picture(uv - offsets[i] * step)) * weights[i];
+        }
+        sum += row;
+    }
+    result = sum / reads;
+#else
     vec4 sum = picture(vUv) * weights[0];
     for (int i = 1; i < 6; ++i) {
         sum += (picture(vUv + offsets[i] * step) + picture(vUv - offsets[i] * step)) * weights[i];
     }
     result = sum;
+#endif
 #endif
 
     gl_FragColor = clamp(result, 0.0, 1.0);

@@ -78,6 +78,15 @@ TEST(FilterCatalogue, HoldsEveryNameOnceAndFindsItByName) {
         const MVNFilterCatalogueEntry& e = MVNFilterCatalogue::at(i);
         EXPECT_TRUE(names.insert(e.name).second) << e.name;
         EXPECT_EQ(MVNFilterCatalogue::find(e.name), &e);
+        // Only the separable Gaussian runs in two passes, and a pass's
+        // material is not itself a filter name.
+        bool twoPass = std::string(e.name) == "GaussianBlur";
+        EXPECT_EQ(e.passOne != nullptr, twoPass) << e.name;
+        EXPECT_EQ(e.passTwo != nullptr, twoPass) << e.name;
+        if (twoPass) {
+            EXPECT_EQ(MVNFilterCatalogue::find(e.passOne), nullptr);
+            EXPECT_EQ(MVNFilterCatalogue::find(e.passTwo), nullptr);
+        }
     }
     EXPECT_EQ(MVNFilterCatalogue::find("NoSuchFilter"), nullptr);
     EXPECT_EQ(MVNFilterCatalogue::find(""), nullptr);

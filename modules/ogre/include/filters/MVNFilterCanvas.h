@@ -8,6 +8,7 @@
 
 namespace Morvane {
 
+class MVNOgreFilterPass;
 class MVNOgreSceneManager;
 class MVNOgreTextureNodeImpl;
 class MVNProducer;
@@ -16,9 +17,12 @@ class MVNProducer;
 // project's stands, unscaled-up and centred, on a full-frame background:
 // "canvasType" 0 a blur of the picture itself, 1 a blur of the picture file
 // "resource", 2 the plain colour "color". The blur is two passes
-// ("GaussianBlurX" into mScenePass, "GaussianBlurY" into mSceneMain) and the
+// ("GaussianBlurX" into mPass, "GaussianBlurY" into mSceneMain) and the
 // picture is drawn unblurred over it, all into one render texture the size
-// of the profile. "ufmStrength" s sends 4s - 3 to the blur.
+// of the profile. "ufmStrength" s sends 4s - 3 to the blur, which widens
+// its kernel by that much; the first pass then draws into a texture as many
+// times smaller, so that the second pass still reads every texel of it and
+// the enlarged background shows no bands.
 //
 // mLock also orders the background swaps.
 class MVN_OGRE_API MVNFilterCanvas : public MVNOgreFilterService {
@@ -38,8 +42,8 @@ public:
     // For tests: the composed render texture, the blur's first pass, and
     // where the picture and the background stand in the profile.
     const std::string& rttMain() const { return mRttMain; }
-    bool hasPass() const { return mScenePass != nullptr; }
-    MVNOgreTextureNodeImpl* passNode() const { return mNodePass; }
+    bool hasPass() const { return mPass != nullptr; }
+    MVNOgreFilterPass* pass() const { return mPass; }
     bool hasBackground() const { return mBackground != nullptr; }
     const MVNRect& pictureRect() const { return mPictureRect; }
     const MVNRect& backgroundRect() const { return mBackRect; }
@@ -60,6 +64,15 @@ protected:
 
 private:
     void _SetDefaultParameters(int width, int height);
+    // Step "setUniform": the uniform to both blur passes.
+    void _sendUniform(const std::string& name);
+    // How much the kernel is widened now ("ufmStrength"), and how many times
+    // smaller than the picture the first pass draws for that.
+    float _spread() const;
+    static int _passScale(float spread, int width, int height);
+    // Step "canvasPassUpdateTexture"; false when the frame could not be
+    // converted.
+    bool _uploadToPass(MVNFrame* frame, const char* failure);
     void _OnColorChanged(const MVNColor4B& color);
     void _OnResourceChanged(const std::string& path);
     void _OnTypeChanged(int type);
@@ -76,8 +89,10 @@ private:
 
     MVNOgreSceneManager* mSceneMain = nullptr;    // owned; the profile's size, draws into mRttMain
     MVNOgreTextureNodeImpl* mNodeBack = nullptr;  // blurred or coloured background, in mSceneMain
-    MVNOgreSceneManager* mScenePass = nullptr;    // owned; the blur's first pass; none for a colour
-    MVNOgreTextureNodeImpl* mNodePass = nullptr;  // first blur pass, in mScenePass
+    MVNOgreFilterPass* mPass = nullptr;          // owned, render thread; the blur's first pass; none for a colour
+    int mPassScale = 1;                           // the first pass draws this many times smaller than its picture
+    int mPassWidth = 0;                           // size of that picture
+    int mPassHeight = 0;
     MVNOgreTextureNodeImpl* mNodePicture = nullptr;  // the picture itself, in mSceneMain
     MVNOgreTextureNodeImpl* mNodeOut = nullptr;   // shows mRttMain for output kinds 1 and 4
     std::string mRttMain;                         // from "CanvasRtt"

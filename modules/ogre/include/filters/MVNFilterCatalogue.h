@@ -67,6 +67,11 @@ struct MVN_OGRE_API MVNFilterCatalogueEntry {
     const char* const* sentUniforms;    // every uniform the processor may send to the material
     int sentUniformCount;
     bool keepsAlpha;                    // the picture's alpha comes out as it went in, whatever the uniforms
+    // A separable filter's two passes: materials drawn one after the other
+    // through a render texture of the filter's own, in place of "name",
+    // which draws the same in one pass. Null for a single-pass filter.
+    const char* passOne;
+    const char* passTwo;
 
     const MVNFilterUniform* uniform(const std::string& uniformName) const;
     bool isMask() const;

@@ -42,6 +42,8 @@ public:
     MVNOgreFilterBase* filterNode() const { return mFilterNode; }
     const std::string& rttName() const { return mFilterRtt; }
     const std::string& lutTextureName() const { return mLutTextureName; }
+    // The texture between the two passes of a separable filter.
+    const std::string& passRttName() const { return mPassRtt; }
     // Seconds of played filter time so far.
     float playedTime() const { return mTime; }
 
@@ -67,6 +69,7 @@ private:
     MVNOgreFilterBase* mFilterNode = nullptr;  // owned; null until configured
     std::string mFilterRtt;                    // this filter's render texture, from "FilterRtt"
     std::string mLutTextureName;               // its lookup-table texture, from "LutFilterTexture"
+    std::string mPassRtt;                      // between the passes of a two-pass filter, from "FilterRttPass"
     uint32_t mLastFrame = 0xFFFFFFFFu;         // position last seen by _processUniform; all ones: none
     float mTime = 0;                           // accumulated seconds of played filter time
 };

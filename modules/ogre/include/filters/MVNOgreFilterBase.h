@@ -6,6 +6,7 @@
 
 namespace Morvane {
 
+class MVNOgreFilterPass;
 class MVNOgreMaterialFilter;
 
 // The render back-end of a filter service: the engine objects of one
@@ -49,6 +50,16 @@ public:
     virtual void setRotation(int rotation) = 0;
     virtual void setZOrder(int zOrder) = 0;
 
+    // Makes the back-end the second pass of a separable filter: the
+    // material `materialName` is drawn first, from the input picture into
+    // the render texture `rttName`, which the back-end's own material then
+    // reads. Uploads go to the first pass, uniforms to both. Before init
+    // only; the texture lives and goes with the back-end's engine objects.
+    void setFirstPass(const std::string& materialName, const std::string& rttName);
+    // For tests: the first pass, null when the filter draws in one pass or
+    // before init.
+    MVNOgreFilterPass* getFirstPass() const { return mFirstPass; }
+
 protected:
     // What the back-ends that draw with a filter material share. The first
     // two work on any thread (they only write the pass's state and
@@ -57,6 +68,16 @@ protected:
     static void _setSceneBlendingOn(MVNOgreMaterialFilter* material, int source, int destination);
     static void _addExtraTextureTo(MVNOgreMaterialFilter* material, const std::string& name, unsigned char* data,
                                    int width, int height, int type);
+
+    // Render thread. With a first pass set: builds it reading `input`, and
+    // gives the name of its texture, which the back-end's material must
+    // read instead. Without one: gives `input` back.
+    std::string _buildFirstPass(int width, int height, const std::string& input);
+    void _releaseFirstPass();
+
+    std::string mFirstPassMaterial;          // empty: the back-end draws in one pass
+    std::string mFirstPassRtt;               // the texture between the two passes
+    MVNOgreFilterPass* mFirstPass = nullptr;  // owned; render thread
 };
 
 }  // namespace Morvane

@@ -9,7 +9,8 @@ class MVNOgreSceneNodePlane;
 
 // The back-end of a filter whose picture stays in the shared scene: a clone
 // of the filter's material on a quad of "MorvaneScene", drawn whenever the
-// scene is drawn. render() thus has nothing to do.
+// scene is drawn. render() thus has nothing to do, but for a separable
+// filter's first pass, which it draws into its texture.
 class MVN_OGRE_API MVNOgreFilterMaterial : public MVNOgreFilterBase {
 public:
     // textureName: the input texture by name (an RTT, or an image the
@@ -25,8 +26,9 @@ public:
     int init() override;
     // Step "filterRelease".
     void release() override;
-    void render(int position) override {}
-    // Step "filterUpdateTexture".
+    // Step "filterPassRender" with a first pass; nothing otherwise.
+    void render(int position) override;
+    // Step "filterUpdateTexture"; into the first pass when there is one.
     void updateTexture(unsigned char* data, int width, int height) override;
     // Step "fitlerSetGeo": moves the quad, or rebuilds it at a new size.
     void setGeometry(const MVNRect& rect) override;

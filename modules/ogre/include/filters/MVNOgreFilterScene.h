@@ -33,9 +33,10 @@ public:
     int init() override;
     // The texture node on the calling thread, then step "filterSceneRelease".
     void release() override;
-    // Step "filterSceneRender": draws the private scene into the texture.
+    // Step "filterSceneRender": draws the first pass, when there is one,
+    // then the private scene into the texture.
     void render(int position) override;
-    // Step "filterSceneUpdateTexture".
+    // Step "filterSceneUpdateTexture"; into the first pass when there is one.
     void updateTexture(unsigned char* data, int width, int height) override;
     // Moves the texture node only: the render texture always holds the
     // whole picture.

@@ -2,6 +2,8 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "core/AutoLock.h"
@@ -16,6 +18,7 @@
 #include "core/MVNUtils.h"
 #include "engine/MVNOgreContextBase.h"
 #include "engine/MVNOgreManager.h"
+#include "filters/MVNOgreFilterPass.h"
 #include "scene/MVNOgreSceneManager.h"
 #include "scene/MVNOgreTextureNodePlane.h"
 #include "scene/MVNOgreTextureNodeThread.h"
@@ -40,6 +43,9 @@ const int kPictureZ = 1;
 // clip's blur (strength 2): the plain kernel, taken at the picture's size,
 // still shows its details once the background is enlarged to the frame.
 const float kDefaultSpread = 5.0f;
+
+// The first pass never draws into fewer than this many texels a side.
+const int kSmallestPass = 16;
 
 // `size` centred in `box`.
 MVNRect centred(const MVNSize& size, const MVNRect& box) {
@@ -101,13 +107,13 @@ void MVNFilterCanvas::_onRelease() {
 }
 
 void MVNFilterCanvas::resetRender(int position) {
-    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+    for (MVNOgreTextureNodeImpl* node : {mNodeBack, mNodePicture, mNodeOut}) {
         if (node) node->setVisible(false);
     }
 }
 
 void MVNFilterCanvas::_OnVisibleChanged(bool visible) {
-    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+    for (MVNOgreTextureNodeImpl* node : {mNodeBack, mNodePicture, mNodeOut}) {
         if (node) node->setVisible(visible);
     }
 }
@@ -149,10 +155,21 @@ void MVNFilterCanvas::_Config() {
     bool blurred = mBackground == nullptr || type != kCanvasColor;
     int passW = mBackground ? mBackground->width() : width;
     int passH = mBackground ? mBackground->height() : height;
+    std::string passInput = mBackground ? std::string() : inputTexture;
+    if (!mBackground && !getBoolean("useOrigin", true)) passInput.clear();
+    // The widened kernel reads every few texels of the picture; its result
+    // has no more detail than a picture that many times smaller holds.
+    mPassScale = _passScale(_spread(), passW, passH);
+    mPassWidth = passW;
+    mPassHeight = passH;
+    int smallW = std::max(1, (passW + mPassScale - 1) / mPassScale);
+    int smallH = std::max(1, (passH + mPassScale - 1) / mPassScale);
 
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
-            if (blurred) mScenePass = new MVNOgreSceneManager(passW, passH, mRttPass, "");
+            if (blurred) {
+                mPass = new MVNOgreFilterPass("GaussianBlurX", passW, passH, passInput, mRttPass, smallW, smallH);
+            }
             mSceneMain = new MVNOgreSceneManager(pw, ph, mRttMain, "");
             MVNOgreContextBase::resyncCurrentRenderTarget();
         },
@@ -174,14 +191,10 @@ void MVNFilterCanvas::_Config() {
         mBackRect = frame;
         mNodeBack = new PlaneNode(std::string(), pw, ph, pw, ph, kBackZ, std::string(), sceneMain);
     } else {
-        std::string passInput = mBackground ? std::string() : inputTexture;
-        if (!mBackground && !getBoolean("useOrigin", true)) passInput.clear();
-        mNodePass = new PlaneNode(passInput, passW, passH, passW, passH, kBackZ, std::string("GaussianBlurX"),
-                                  mScenePass->getSceneName());
         mBackRect = centred(covering(MVNSize(static_cast<float>(passW), static_cast<float>(passH)),
                                      MVNSize(static_cast<float>(pw), static_cast<float>(ph))),
                             frame);
-        mNodeBack = new PlaneNode(mRttPass, passW, passH, pw, ph, kBackZ, std::string("GaussianBlurY"), sceneMain);
+        mNodeBack = new PlaneNode(mRttPass, smallW, smallH, pw, ph, kBackZ, std::string("GaussianBlurY"), sceneMain);
     }
     mNodeBack->setGeometry(mBackRect);
     mNodePicture = new PlaneNode(inputTexture, width, height, pw, ph, kPictureZ, std::string(), sceneMain);
@@ -237,27 +250,54 @@ void MVNFilterCanvas::_SetDefaultParameters(int width, int height) {
     bool colour = getInt32("canvasType", kCanvasBlur) == kCanvasColor;
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
-            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
-                if (node == nullptr) continue;
-                node->setUniformFloat("ufmImageW", static_cast<float>(width), false);
-                node->setUniformFloat("ufmImageH", static_cast<float>(height), false);
+            // Sizes of the picture, not of the smaller first pass: the
+            // kernel's steps are picture texels.
+            if (mPass) {
+                mPass->setUniformFloat("ufmImageW", static_cast<float>(width));
+                mPass->setUniformFloat("ufmImageH", static_cast<float>(height));
+            }
+            if (!colour && mNodeBack) {
+                mNodeBack->setUniformFloat("ufmImageW", static_cast<float>(width), false);
+                mNodeBack->setUniformFloat("ufmImageH", static_cast<float>(height), false);
             }
         },
         "setDefParams");
     if (getDouble("ufmStrength", -1.0) != -1.0) {
-        _SetUniform("ufmStrength");
+        _sendUniform("ufmStrength");
         return;
     }
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
-            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
-                if (node) node->setUniformFloat("ufmStrength", kDefaultSpread, false);
-            }
+            if (mPass) mPass->setUniformFloat("ufmStrength", kDefaultSpread);
+            if (!colour && mNodeBack) mNodeBack->setUniformFloat("ufmStrength", kDefaultSpread, false);
         },
         "setUniform");
 }
 
+float MVNFilterCanvas::_spread() const {
+    double v = getDouble("ufmStrength", -1.0);
+    return v < 0 ? kDefaultSpread : static_cast<float>(v * 4 - 3);
+}
+
+int MVNFilterCanvas::_passScale(float spread, int width, int height) {
+    int most = std::max(1, std::min(width, height) / kSmallestPass);
+    return std::clamp(static_cast<int>(std::floor(spread)), 1, most);
+}
+
 void MVNFilterCanvas::_SetUniform(const std::string& name) {
+    _sendUniform(name);
+    // A strength that wants another size of the first pass rebuilds it; a
+    // refused one changes nothing.
+    if (name != "ufmStrength" || getDouble("ufmStrength", -1.0) < 0) return;
+    bool rescale = false;
+    {
+        AutoLock guard(mLock);
+        rescale = mPass != nullptr && _passScale(_spread(), mPassWidth, mPassHeight) != mPassScale;
+    }
+    if (rescale) reconfig();
+}
+
+void MVNFilterCanvas::_sendUniform(const std::string& name) {
     bool colour = getInt32("canvasType", kCanvasBlur) == kCanvasColor;
     double v = getDouble(name.c_str(), -1.0);
     MVNOgreManager::getSingleton()->callRenderableWait(
@@ -271,9 +311,8 @@ void MVNFilterCanvas::_SetUniform(const std::string& name) {
                 sent = v * 4 - 3;
                 log_debug(kTag, "fixed strength:%f", sent);
             }
-            for (MVNOgreTextureNodeImpl* node : {mNodePass, colour ? nullptr : mNodeBack}) {
-                if (node) node->setUniformFloat(name, static_cast<float>(sent), false);
-            }
+            if (mPass) mPass->setUniformFloat(name, static_cast<float>(sent));
+            if (!colour && mNodeBack) mNodeBack->setUniformFloat(name, static_cast<float>(sent), false);
         },
         "setUniform");
 }
@@ -398,21 +437,39 @@ bool MVNFilterCanvas::_upload(MVNOgreTextureNodeImpl* node, MVNFrame* frame, con
         failure);
 }
 
+bool MVNFilterCanvas::_uploadToPass(MVNFrame* frame, const char* failure) {
+    if (mPass == nullptr || frame == nullptr) return true;
+    if (frame->colorFormat() == MVN_COLOR_RTT) return true;
+    return _uploadPixels(
+        frame,
+        [this](unsigned char* data, int width, int height) {
+            MVNOgreManager::getSingleton()->callRenderableWait(
+                [&]() {
+                    if (mPass) mPass->updateTexture(data, width, height);
+                },
+                "canvasPassUpdateTexture");
+        },
+        failure);
+}
+
 void MVNFilterCanvas::updateCanvas(MVNFrame* frame) {
     AutoLock guard(mLock);
-    if (!getBoolean("useOrigin", true) || mBackground != nullptr || frame == nullptr || mNodePass == nullptr) return;
-    if (_upload(mNodePass, frame, "%s, updateCanvas failed,  convert color failed")) mCanvasFed = true;
+    if (!getBoolean("useOrigin", true) || mBackground != nullptr || frame == nullptr || mPass == nullptr) return;
+    if (_uploadToPass(frame, "%s, updateCanvas failed,  convert color failed")) mCanvasFed = true;
 }
 
 bool MVNFilterCanvas::_beforeInput(int position) {
-    for (MVNOgreTextureNodeImpl* node : {mNodePass, mNodeBack, mNodePicture, mNodeOut}) {
+    for (MVNOgreTextureNodeImpl* node : {mNodeBack, mNodePicture, mNodeOut}) {
         if (node) node->setVisible(true);
     }
     if (mBackground && mBackgroundDirty) {
-        int type = getInt32("canvasType", kCanvasBlur);
-        MVNOgreTextureNodeImpl* target = type == kCanvasColor ? mNodeBack : mNodePass;
-        if (!_upload(target, mBackground, "%s convert color failed")) return false;
-        if (target) mBackgroundDirty = false;
+        if (getInt32("canvasType", kCanvasBlur) == kCanvasColor) {
+            if (!_upload(mNodeBack, mBackground, "%s convert color failed")) return false;
+            if (mNodeBack) mBackgroundDirty = false;
+        } else {
+            if (!_uploadToPass(mBackground, "%s convert color failed")) return false;
+            if (mPass) mBackgroundDirty = false;
+        }
     }
     return true;
 }
@@ -421,9 +478,9 @@ bool MVNFilterCanvas::_takeFrame(MVNFrame* frame) {
     if (frame != nullptr) {
         // Without a picture of its own the blur reads the clip's, unless
         // the host already gave it the unscaled one.
-        bool feedsBlur = mBackground == nullptr && mNodePass != nullptr && !mCanvasFed;
+        bool feedsBlur = mBackground == nullptr && mPass != nullptr && !mCanvasFed;
         if (!_upload(mNodePicture, frame, "%s convert color failed")) return false;
-        if (feedsBlur) _upload(mNodePass, frame, "%s convert color failed");
+        if (feedsBlur) _uploadToPass(frame, "%s convert color failed");
     }
     mCanvasFed = false;
     return true;
@@ -432,9 +489,8 @@ bool MVNFilterCanvas::_takeFrame(MVNFrame* frame) {
 void MVNFilterCanvas::_render(int position, int inputType, int outputType) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [this]() {
-            for (MVNOgreSceneManager* scene : {mScenePass, mSceneMain}) {
-                if (scene && scene->getRenderTarget()) scene->getRenderTarget()->update(true);
-            }
+            if (mPass) mPass->draw();
+            if (mSceneMain && mSceneMain->getRenderTarget()) mSceneMain->getRenderTarget()->update(true);
         },
         "canvasRender");
 }
@@ -449,15 +505,15 @@ void MVNFilterCanvas::_OnRotationChanged(int rotation) {
 }
 
 void MVNFilterCanvas::_releaseFilterNode() {
-    for (MVNOgreTextureNodeImpl** node : {&mNodePass, &mNodeBack, &mNodePicture, &mNodeOut}) {
+    for (MVNOgreTextureNodeImpl** node : {&mNodeBack, &mNodePicture, &mNodeOut}) {
         delete *node;
         *node = nullptr;
     }
-    if (mScenePass == nullptr && mSceneMain == nullptr) return;
+    if (mPass == nullptr && mSceneMain == nullptr) return;
     MVNOgreManager::getSingleton()->callRenderableWait(
         [this]() {
-            delete mScenePass;
-            mScenePass = nullptr;
+            delete mPass;
+            mPass = nullptr;
             delete mSceneMain;
             mSceneMain = nullptr;
             MVNOgreContextBase::resyncCurrentRenderTarget();

@@ -37,6 +37,7 @@ MVNFilterSample::MVNFilterSample(const MVNProfile& profile, const char* resource
     _PropertiesInit(resource ? resource : "");
     mFilterRtt = MVNGeneratorStringId::getSingleton()->genStringId("FilterRtt");
     mLutTextureName = MVNGeneratorStringId::getSingleton()->genStringId("LutFilterTexture");
+    mPassRtt = MVNGeneratorStringId::getSingleton()->genStringId("FilterRttPass");
 }
 
 MVNFilterSample::~MVNFilterSample() {
@@ -89,9 +90,15 @@ void MVNFilterSample::_Config() {
     std::string inputTexture;
     if (!_inputTexture(producer, inputType, inputTexture)) return;
 
+    // A separable filter draws the same picture in two cheaper passes, the
+    // first into a texture of its own.
+    const MVNFilterCatalogueEntry* entry = MVNFilterCatalogue::find(resource);
+    bool twoPass = entry != nullptr && entry->passOne != nullptr && entry->passTwo != nullptr;
+    std::string material = twoPass ? entry->passTwo : resource;
+
     switch (outputType) {
         case MVN_OUTPUT_SCENE: {
-            auto* node = new MVNOgreFilterMaterial(resource, width, height, zOrder, inputTexture, anim, groupName);
+            auto* node = new MVNOgreFilterMaterial(material, width, height, zOrder, inputTexture, anim, groupName);
             node->setRotation(rotation);
             mFilterNode = node;
             block();
@@ -104,7 +111,7 @@ void MVNFilterSample::_Config() {
         case MVN_OUTPUT_RTT_CHAIN:
         case MVN_OUTPUT_RTT_NODE: {
             bool showNode = outputType == MVN_OUTPUT_RTT_NODE;
-            mFilterNode = new MVNOgreFilterScene(resource, width, height, zOrder, inputTexture, showNode, mFilterRtt,
+            mFilterNode = new MVNOgreFilterScene(material, width, height, zOrder, inputTexture, showNode, mFilterRtt,
                                                  0, showNode ? groupName : std::string());
             block();
             setString("_outputRtt", mFilterNode->getRTTTextureName());
@@ -116,6 +123,7 @@ void MVNFilterSample::_Config() {
             return;
     }
 
+    if (twoPass) mFilterNode->setFirstPass(entry->passOne, mPassRtt);
     if (mFilterNode->init() == -1) {
         log_error(kTag, "Filter render node init failed");
         delete mFilterNode;
@@ -180,6 +188,9 @@ void MVNFilterSample::_render(int position, int inputType, int outputType) {
     if (mFilterNode == nullptr) return;
     if (outputType == MVN_OUTPUT_RTT || outputType == MVN_OUTPUT_RTT_CHAIN || outputType == MVN_OUTPUT_RTT_NODE) {
         mFilterNode->render(inputType == MVN_INPUT_FRAME ? position : getInt32("_frames", position));
+    } else if (outputType == MVN_OUTPUT_SCENE) {
+        // The quad is drawn with the scene; only a first pass draws now.
+        mFilterNode->render(position);
     }
 }
 

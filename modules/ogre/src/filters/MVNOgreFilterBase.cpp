@@ -3,6 +3,7 @@
 #include <Ogre.h>
 
 #include "core/MVNLog.h"
+#include "filters/MVNOgreFilterPass.h"
 #include "scene/MVNOgreMaterialFilter.h"
 
 namespace Morvane {
@@ -88,6 +89,22 @@ void MVNOgreFilterBase::_addExtraTextureTo(MVNOgreMaterialFilter* material, cons
     }
     pass->getTextureUnitState(1)->setTexture(texture);
     bindSamplers(pass);
+}
+
+void MVNOgreFilterBase::setFirstPass(const std::string& materialName, const std::string& rttName) {
+    mFirstPassMaterial = materialName;
+    mFirstPassRtt = rttName;
+}
+
+std::string MVNOgreFilterBase::_buildFirstPass(int width, int height, const std::string& input) {
+    if (mFirstPassMaterial.empty()) return input;
+    mFirstPass = new MVNOgreFilterPass(mFirstPassMaterial, width, height, input, mFirstPassRtt);
+    return mFirstPassRtt;
+}
+
+void MVNOgreFilterBase::_releaseFirstPass() {
+    delete mFirstPass;
+    mFirstPass = nullptr;
 }
 
 }  // namespace Morvane

@@ -7,6 +7,7 @@
 #include "core/MVNGeneratorStringId.h"
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
+#include "filters/MVNOgreFilterPass.h"
 #include "scene/MVNOgreMaterialFilter.h"
 #include "scene/MVNOgreSceneNodePlane.h"
 
@@ -33,7 +34,7 @@ MVNOgreFilterMaterial::MVNOgreFilterMaterial(const std::string& materialName, in
       mAnimation(animation) {}
 
 MVNOgreFilterMaterial::~MVNOgreFilterMaterial() {
-    if (mNode || mMaterial) release();
+    if (mNode || mMaterial || mFirstPass) release();
 }
 
 // The perspective correction: a quad nearer the camera by zOrder must be
@@ -56,11 +57,13 @@ int MVNOgreFilterMaterial::init() {
 void MVNOgreFilterMaterial::_init() {
     mSize[0] = static_cast<float>(mWidth);
     mSize[1] = static_cast<float>(mHeight);
-    mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, mTextureName);
+    std::string texture = _buildFirstPass(mWidth, mHeight, mTextureName);
+    mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, texture);
     if (!mMaterial->getMaterial()) {
         log_error(kTag, "MaterialImpl create error");
         delete mMaterial;
         mMaterial = nullptr;
+        _releaseFirstPass();
         return;
     }
     float scale = _scale();
@@ -81,12 +84,28 @@ void MVNOgreFilterMaterial::_release() {
     mNode = nullptr;
     delete mMaterial;
     mMaterial = nullptr;
+    _releaseFirstPass();
+}
+
+void MVNOgreFilterMaterial::render(int position) {
+    // The quad itself is drawn with the scene; a first pass must be drawn
+    // before that, from this frame's picture.
+    if (mFirstPass == nullptr) return;
+    MVNOgreManager::getSingleton()->callRenderableWait(
+        [this]() {
+            if (mFirstPass) mFirstPass->draw();
+        },
+        "filterPassRender");
 }
 
 void MVNOgreFilterMaterial::updateTexture(unsigned char* data, int width, int height) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
-            if (mMaterial) mMaterial->updateTexture(data, width, height);
+            if (mFirstPass) {
+                mFirstPass->updateTexture(data, width, height);
+            } else if (mMaterial) {
+                mMaterial->updateTexture(data, width, height);
+            }
         },
         "filterUpdateTexture");
 }
@@ -164,6 +183,7 @@ void MVNOgreFilterMaterial::addExtraTexture(const std::string& name, unsigned ch
 
 void MVNOgreFilterMaterial::setUniformFloat(const std::string& name, float value) {
     _setUniformOn(mMaterial, name, value);
+    if (mFirstPass) mFirstPass->setUniformFloat(name, value);
 }
 
 void MVNOgreFilterMaterial::setRotation(int rotation) {

@@ -9,6 +9,7 @@
 #include "core/MVNLog.h"
 #include "engine/MVNOgreContextBase.h"
 #include "engine/MVNOgreManager.h"
+#include "filters/MVNOgreFilterPass.h"
 #include "scene/MVNOgreMaterialFilter.h"
 #include "scene/MVNOgreSceneManager.h"
 #include "scene/MVNOgreSceneNodePlane.h"
@@ -39,7 +40,7 @@ MVNOgreFilterScene::MVNOgreFilterScene(const std::string& materialName, int widt
       mGroupName(groupName) {}
 
 MVNOgreFilterScene::~MVNOgreFilterScene() {
-    if (mTextureNode || mNode || mMaterial || mSceneManager) release();
+    if (mTextureNode || mNode || mMaterial || mSceneManager || mFirstPass) release();
 }
 
 int MVNOgreFilterScene::init() {
@@ -61,11 +62,13 @@ int MVNOgreFilterScene::init() {
 void MVNOgreFilterScene::_init() {
     mSceneManager = new MVNOgreSceneManager(mWidth, mHeight, mRttName, "");
     MVNOgreContextBase::resyncCurrentRenderTarget();
-    mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, mTextureName);
+    std::string texture = _buildFirstPass(mWidth, mHeight, mTextureName);
+    mMaterial = new MVNOgreMaterialFilter(mMaterialName, mWidth, mHeight, texture);
     if (!mMaterial->getMaterial()) {
         log_debug(kTag, "MaterialImpl create error");
         delete mMaterial;
         mMaterial = nullptr;
+        _releaseFirstPass();
         return;
     }
     float scale = (kCameraDistance - static_cast<float>(mZOrder)) / kCameraDistance;
@@ -87,6 +90,7 @@ void MVNOgreFilterScene::_release() {
     mNode = nullptr;
     delete mMaterial;
     mMaterial = nullptr;
+    _releaseFirstPass();
     if (mSceneManager) {
         delete mSceneManager;
         mSceneManager = nullptr;
@@ -97,6 +101,7 @@ void MVNOgreFilterScene::_release() {
 void MVNOgreFilterScene::render(int position) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [this]() {
+            if (mFirstPass) mFirstPass->draw();
             if (mSceneManager && mSceneManager->getRenderTarget()) mSceneManager->getRenderTarget()->update(true);
         },
         "filterSceneRender");
@@ -105,7 +110,11 @@ void MVNOgreFilterScene::render(int position) {
 void MVNOgreFilterScene::updateTexture(unsigned char* data, int width, int height) {
     MVNOgreManager::getSingleton()->callRenderableWait(
         [&]() {
-            if (mMaterial) mMaterial->updateTexture(data, width, height);
+            if (mFirstPass) {
+                mFirstPass->updateTexture(data, width, height);
+            } else if (mMaterial) {
+                mMaterial->updateTexture(data, width, height);
+            }
         },
         "filterSceneUpdateTexture");
 }
@@ -158,6 +167,7 @@ void MVNOgreFilterScene::dump() {
 
 void MVNOgreFilterScene::setUniformFloat(const std::string& name, float value) {
     _setUniformOn(mMaterial, name, value);
+    if (mFirstPass) mFirstPass->setUniformFloat(name, value);
 }
 
 void MVNOgreFilterScene::setRotation(int rotation) {

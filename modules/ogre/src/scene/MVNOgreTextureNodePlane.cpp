@@ -2,7 +2,6 @@
 
 #include <Ogre.h>
 
-#include <cmath>
 
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
@@ -17,21 +16,12 @@ const char* const kTag = "MVNOgreTextureNodePlane";
 const char* const kSharedScene = "MorvaneScene";
 // Where the camera stands when the quad is first built; later placements ask
 // the manager for the real distance.
-const double kInitialCameraDistance = 10000.0;
+const float kInitialCameraDistance = 10000.0f;
 
-// How much smaller a quad at depth zOrder must be to look as large on screen
-// as one at depth 0.
+// The ratio of a quad of zOrder seen by the scene's camera as it stands now.
 float perspectiveRatio(int zOrder) {
-    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
-    if (distance <= 0.0f) return 1.0f;
-    return (distance - static_cast<float>(zOrder)) / distance;
+    return MVNOgreSceneNodePlane::depthRatio(zOrder, MVNOgreManager::getSingleton()->getCameraDistance());
 }
-
-// A side of the mesh in whole world units. Rounded, not truncated: at small
-// depths the shrunk side lies a hair below the whole number (1920 at zOrder 1
-// gives 1919.81), and cutting it would leave the frame's last column
-// half-covered.
-int meshSide(float side, float ratio) { return static_cast<int>(std::lround(side * ratio)); }
 }  // namespace
 
 MVNOgreTextureNodePlane::MVNOgreTextureNodePlane(const std::string& textureName, int width, int height,
@@ -68,10 +58,11 @@ void MVNOgreTextureNodePlane::_build(const std::string& textureName, const std::
         return;
     }
     size = MVNSize(static_cast<float>(width), static_cast<float>(height));
-    float ratio = static_cast<float>((kInitialCameraDistance - zOrder) / kInitialCameraDistance);
+    // Sides as fractions of world units: a side rounded to whole units
+    // would cover a fraction of a pixel more or less than the picture.
+    float ratio = MVNOgreSceneNodePlane::depthRatio(zOrder, kInitialCameraDistance);
     Ogre::Vector3 position(0, 0, static_cast<float>(zOrder));
-    sceneNode = new MVNOgreSceneNodePlane(scene, engineMaterial, meshSide(width, ratio), meshSide(height, ratio),
-                                          zOrder, position);
+    sceneNode = new MVNOgreSceneNodePlane(scene, engineMaterial, width * ratio, height * ratio, zOrder, position);
 }
 
 MVNOgreTextureNodePlane::~MVNOgreTextureNodePlane() {
@@ -104,15 +95,15 @@ void MVNOgreTextureNodePlane::setGeometry(const MVNRect& rect) {
         return;
     }
     size = wanted;
-    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+    _resize(world.width, world.height, x, y, z);
 }
 
-void MVNOgreTextureNodePlane::_resize(int width, int height, float x, float y, float z) {
+void MVNOgreTextureNodePlane::_resize(float width, float height, float x, float y, float z) {
     float ratio = perspectiveRatio(zOrder);
     delete sceneNode;
     sceneNode = nullptr;
-    sceneNode = new MVNOgreSceneNodePlane(_sceneName(), material->getMaterial(), meshSide(width, ratio),
-                                          meshSide(height, ratio), zOrder, Ogre::Vector3(x, y, z));
+    sceneNode = new MVNOgreSceneNodePlane(_sceneName(), material->getMaterial(), width * ratio, height * ratio, zOrder,
+                                          Ogre::Vector3(x, y, z));
     // A new node starts unturned, so the stored rotation is applied in full.
     sceneNode->setAnimation(animation);
     sceneNode->setRotation(rotation);

@@ -4,6 +4,7 @@
 #include "MVNOgreExport.h"
 #include "scene/MVNOgreTextureNodeImpl.h"
 #include "core/MVNSize.h"
+#include "core/MVNPoint.h"
 
 namespace Morvane {
 
@@ -55,10 +56,13 @@ private:
     void _resize(float width, float height, float x, float y, float z);
     // Name of the scene the quad lives in.
     std::string _sceneName() const;
+    // Nearest or bilinear sampling for a plain picture, as it now stands.
+    void _chooseSampling();
 
     MVNOgreMaterialImpl* material = nullptr;     // owned; normal or filter
     MVNOgreSceneNodeImpl* sceneNode = nullptr;   // owned; always a plane
     MVNSize size;                                // quad size in world units as last applied
+    MVNPoint corner;                             // bottom-left corner in world units as last applied
     int width = 0;                               // picture size given at construction
     int height = 0;
     int zOrder = 0;                              // depth and draw order

@@ -90,7 +90,7 @@ TEST_P(PictureOnWholePixels, CoversExactlyItsPixelsAndNeedsNoMultisampling) {
             RGBA wanted = in ? texel(px - x, y + h - 1 - py) : kMagenta;
             int d = maxColourDifference(out.at(px, py), wanted);
             worst = std::max(worst, d);
-            if (d > 1) ++(in ? wrongInside : wrongOutside);
+            if (d > 0) ++(in ? wrongInside : wrongOutside);
         }
     }
     EXPECT_EQ(wrongInside, 0) << "texels mixed inside the picture; largest difference " << worst;
@@ -102,6 +102,28 @@ TEST_P(PictureOnWholePixels, CoversExactlyItsPixelsAndNeedsNoMultisampling) {
         needed = MVNOgreMultisampleChoice::needed(context->getSceneManager(), context->getCamera(), W, H);
     });
     EXPECT_FALSE(needed) << "a picture on whole pixels asks for multisampling";
+}
+
+// The same picture at half size shown across the same pixels stays
+// filtered: every other pixel falls between two texels of the checker and
+// mixes them, where nearest sampling would double each texel.
+TEST_F(PictureOnWholePixels, APictureShownLargerThanItsSizeIsStillFiltered) {
+    const int w = 150, h = 80;
+    BgraPicture picture(w, h, kBlack);
+    for (int j = 0; j < h; ++j) {
+        for (int i = 0; i < w; ++i) picture.paint(i, j, 1, 1, texel(i, j));
+    }
+    auto texture = std::make_unique<MVNOgreRenderTexture>("", w, h, W, H, 2, "");
+    texture->setGeometry(MVNRect(11, 7, 2 * w, 2 * h));
+    texture->updateTexture(picture.data(), w, h);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    int mixed = 0;
+    for (int px = 12; px < 11 + 2 * w - 1; ++px) {
+        int red = out.at(px, 90).r;
+        mixed += red > 32 && red < 224;
+    }
+    EXPECT_GT(mixed, w / 2) << "a doubled picture is sampled texel by texel";
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, PictureOnWholePixels, ::testing::Values(1, 2, 5),

@@ -31,11 +31,12 @@ struct ToolRun {
     std::string out;
 };
 
-ToolRun runTool(const std::string& args) {
+ToolRun runTool(const std::string& args, const std::string& environment = "") {
     ToolRun r;
     const std::string errFile = (fs::current_path() / "stderr.txt").string();
     const std::string outFile = (fs::current_path() / "stdout.bin").string();
-    std::string cmd = std::string(MVN_BINARY_DIR) + "/bin/mvn-render " + args + " >" + outFile + " 2>" + errFile;
+    std::string cmd = (environment.empty() ? "" : environment + " ") + std::string(MVN_BINARY_DIR) +
+                      "/bin/mvn-render " + args + " >" + outFile + " 2>" + errFile;
     int rc = std::system(cmd.c_str());
     r.status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
     std::ifstream e(errFile), o(outFile, std::ios::binary);
@@ -309,17 +310,37 @@ TEST_F(MvnRender, ListTransitionsPrintsTheLibraryByFamily) {
 // it only where it changes a pixel. Each case renders the same frames three
 // ways; the default must give the bytes of --antialias on every frame, and
 // the frames where --antialias and --no-antialias differ are the ones whose
-// clip stands off whole pixels.
+// clip stands off whole pixels. Where no frame differs, the default must
+// not have multisampled any (the reader's debug line says when it starts).
 struct MultisampleCase {
     const char* name;
-    const char* box;        // the box clip's geometry and properties
+    std::string tracks;     // the project's tracks, 6 frames of 96x64
     // Frames that multisampling changes; {-1}: some, not known which (a
     // turning clip's first frame stands unturned or not as the animation's
     // start falls).
     std::vector<int> differ;
-    // When set, the second track's clips in place of the box.
-    const char* clips = nullptr;
 };
+
+// `clip` on a second track over a red frame.
+std::string overRed(const std::string& clip) {
+    return std::string(R"({ "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } } ] },
+        { "clips": [ )") + clip + " ] }";
+}
+
+// A blue box clip of `box` (geometry and properties) over a red frame.
+std::string boxOverRed(const char* box) {
+    return overRed(std::string(R"({ "service": "ogre.color", "length": 6, )") + box + " }");
+}
+
+// Red to blue by `transition` over frames 1 to 4; the blue clip stands on
+// a second track above a green one, so the transition's quad is not at
+// depth 0.
+std::string transitionOverGreen(const char* transition) {
+    return std::string(R"({ "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#00ff00ff" } } ] },
+        { "clips": [ { "service": "ogre.color", "length": 5, "properties": { "color": "#ff0000ff" } },
+                     { "transition": ")") + transition + R"(", "length": 4 },
+                     { "service": "ogre.color", "length": 5, "properties": { "color": "#0000ffff" } } ] })";
+}
 
 class MvnRenderMultisample : public MvnRender, public ::testing::WithParamInterface<MultisampleCase> {};
 
@@ -333,12 +354,9 @@ std::vector<int> framesThatDiffer(const std::string& a, const std::string& b, si
 
 TEST_P(MvnRenderMultisample, DefaultMatchesMultisampledBytesAndSkipsItOnlyWhereNothingChanges) {
     const MultisampleCase& c = GetParam();
-    const std::string clips =
-        c.clips != nullptr ? c.clips : std::string(R"({ "service": "ogre.color", "length": 6, )") + c.box + " }";
-    std::ofstream(project) << R"({ "profile": { "width": 96, "height": 64, "fps": 25 }, "tracks": [
-        { "clips": [ { "service": "ogre.color", "length": 6, "properties": { "color": "#ff0000ff" } } ] },
-        { "clips": [ )" << clips << R"( ] } ] })";
-    ToolRun automatic = runTool(project + " -o - --quiet");
+    std::ofstream(project) << R"({ "profile": { "width": 96, "height": 64, "fps": 25 }, "tracks": [ )" << c.tracks
+                           << " ] }";
+    ToolRun automatic = runTool(project + " -o - --quiet", "MORVANE_LOG_LEVEL=debug");
     ToolRun forced = runTool(project + " -o - --quiet --antialias");
     ToolRun off = runTool(project + " -o - --quiet --no-antialias");
     for (const ToolRun* r : {&automatic, &forced, &off}) ASSERT_EQ(r->status, 0) << r->err;
@@ -352,30 +370,43 @@ TEST_P(MvnRenderMultisample, DefaultMatchesMultisampledBytesAndSkipsItOnlyWhereN
     } else {
         EXPECT_EQ(differ, c.differ) << "frames that multisampling changes";
     }
+    if (c.differ.empty()) {
+        EXPECT_EQ(automatic.err.find("Morvane::RenderReaderRTT: multisampled:1"), std::string::npos)
+            << "a frame was multisampled where none needs it";
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, MvnRenderMultisample,
     ::testing::Values(
-        MultisampleCase{"WholePixels", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff" })", {}},
+        MultisampleCase{"WholePixels", boxOverRed(R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff" })"),
+                        {}},
         MultisampleCase{"QuarterTurn",
-                        R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 90 })", {}},
+                        boxOverRed(R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 90 })"),
+                        {}},
         MultisampleCase{"Turned",
-                        R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 30 })",
+                        boxOverRed(R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "rotation": 30 })"),
                         {0, 1, 2, 3, 4, 5}},
         MultisampleCase{"HalfPixelPlace",
-                        R"("geometry": "[24.5:16.5 48x32]", "properties": { "color": "#0000ffff" })",
+                        boxOverRed(R"("geometry": "[24.5:16.5 48x32]", "properties": { "color": "#0000ffff" })"),
                         {0, 1, 2, 3, 4, 5}},
-        MultisampleCase{"Turning", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 1 })",
+        MultisampleCase{"Turning", boxOverRed(R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 1 })"),
                         {-1}},
-        MultisampleCase{"Pulsing", R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 3 })",
+        MultisampleCase{"Pulsing", boxOverRed(R"("geometry": "[24:16 48x32]", "properties": { "color": "#0000ffff", "anim": 3 })"),
                         {-1}},
+        // A transition mixes its two pictures in its program, on a quad
+        // that covers the frame: nothing of it needs multisampling.
+        MultisampleCase{"Fade", transitionOverGreen("fade"), {}},
+        MultisampleCase{"CircleOpen", transitionOverGreen("circleopen"), {}},
+        MultisampleCase{"WipeLeft", transitionOverGreen("wipeleft"), {}},
         // Text for the first half: glyphs are shapes, drawn multisampled in
         // the frame, or in their track's texture when extruded; the frames
         // after it are not multisampled.
-        MultisampleCase{"FlatText", "", {0, 1, 2},
-                        R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40 } })"},
-        MultisampleCase{"ExtrudedText", "", {0, 1, 2},
-                        R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40,
-                             "textThree": true, "textDepth": 6 } })"}),
+        MultisampleCase{"FlatText",
+                        overRed(R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40 } })"),
+                        {0, 1, 2}},
+        MultisampleCase{"ExtrudedText",
+                        overRed(R"({ "service": "text", "length": 3, "properties": { "textString": "VA", "textSize": 40,
+                             "textThree": true, "textDepth": 6 } })"),
+                        {0, 1, 2}}),
     [](const ::testing::TestParamInfo<MultisampleCase>& info) { return std::string(info.param.name); });

@@ -29,12 +29,19 @@ public:
     std::string getTextureName() const;
     // The picture is known to be opaque everywhere and is drawn unblended.
     bool isOpaque() const { return blending.isOpaque(); }
+    // Size of the texture that unit 0 samples; false without one.
+    bool textureSize(int& width, int& height) const;
+    // Samples the nearest texel instead of mixing four, or goes back to the
+    // filtering it was made with. For a quad that shows its picture texel
+    // for pixel, where both give the same bytes and nearest costs less.
+    void setNearest(bool nearest);
 
 private:
     MVNOgreMaterialTextureImpl* texture = nullptr;   // owned; an MVNOgreMaterialTextureAuto
     std::shared_ptr<Ogre::Material> material;       // null when it could not be made
     bool depthWrite = false;                         // opaque and depth-writing instead of blended
     MVNOgreOpaqueBlending blending;                  // while the material blends by alpha
+    bool nearest = false;                            // last setNearest
 };
 
 }  // namespace Morvane

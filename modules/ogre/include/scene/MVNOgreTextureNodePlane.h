@@ -4,6 +4,7 @@
 #include "MVNOgreExport.h"
 #include "scene/MVNOgreTextureNodeImpl.h"
 #include "core/MVNSize.h"
+#include "core/MVNPoint.h"
 
 namespace Morvane {
 
@@ -12,7 +13,9 @@ class MVNOgreSceneNodeImpl;
 
 // A picture on a quad of the 3D scene. The quad is placed so that, despite
 // perspective, it covers the profile rectangle asked for: a quad nearer the
-// camera is made smaller by (distance - zOrder) / distance. A move only sets
+// camera is made smaller, and its centre nearer the axis, by
+// (distance - 2 zOrder) / distance (it stands at twice its zOrder), so a
+// picture shown at its own size on whole pixels covers them exactly. A move only sets
 // the node's position; a new size rebuilds the mesh. Render thread only.
 //
 // A material that can't be had leaves the node with neither material nor
@@ -50,13 +53,16 @@ private:
     void _build(const std::string& textureName, const std::string& materialName);
     // The mesh can't change size: a new scene node replaces the old one and
     // takes over rotation and animation.
-    void _resize(int width, int height, float x, float y, float z);
+    void _resize(float width, float height, float x, float y, float z);
     // Name of the scene the quad lives in.
     std::string _sceneName() const;
+    // Nearest or bilinear sampling for a plain picture, as it now stands.
+    void _chooseSampling();
 
     MVNOgreMaterialImpl* material = nullptr;     // owned; normal or filter
     MVNOgreSceneNodeImpl* sceneNode = nullptr;   // owned; always a plane
     MVNSize size;                                // quad size in world units as last applied
+    MVNPoint corner;                             // bottom-left corner in world units as last applied
     int width = 0;                               // picture size given at construction
     int height = 0;
     int zOrder = 0;                              // depth and draw order

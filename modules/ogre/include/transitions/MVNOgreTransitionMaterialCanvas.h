@@ -76,7 +76,7 @@ private:
     int _config();
     void _release();
     void _setGeometry(const MVNRect& rect);
-    void _resize(int width, int height, float x, float y, float z);
+    void _resize(float width, float height, float x, float y, float z);
     void _applyClipRect();
     void _renderInput(TextureConvert* convert, int unit);
 

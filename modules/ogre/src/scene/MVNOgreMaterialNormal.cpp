@@ -86,6 +86,41 @@ void MVNOgreMaterialNormal::updateTexture(uint8_t* data, int width, int height) 
 
 Ogre::MaterialPtr MVNOgreMaterialNormal::getMaterial() { return material; }
 
+bool MVNOgreMaterialNormal::textureSize(int& width, int& height) const {
+    if (texture == nullptr) return false;
+    Ogre::TexturePtr engineTexture =
+        Ogre::TextureManager::getSingleton().getByName(texture->getTextureName(), Ogre::RGN_DEFAULT);
+    if (!engineTexture) return false;
+    width = static_cast<int>(engineTexture->getWidth());
+    height = static_cast<int>(engineTexture->getHeight());
+    return true;
+}
+
+void MVNOgreMaterialNormal::setNearest(bool nearest) {
+    if (!material || nearest == this->nearest) return;
+    this->nearest = nearest;
+    Ogre::TextureFilterOptions made = MVNOgreManager::getSingleton()->isUseTextureFiltering() ? Ogre::TFO_BILINEAR
+                                                                                                : Ogre::TFO_NONE;
+    // Every technique: the shader generator draws with a copy of the first,
+    // made when the quad was first drawn.
+    for (Ogre::Technique* technique : material->getTechniques()) {
+        if (technique->getNumPasses() == 0) continue;
+        Ogre::Pass* pass = technique->getPass(0);
+        if (pass->getNumTextureUnitStates() == 0) continue;
+        Ogre::TextureUnitState* unit = pass->getTextureUnitState(0);
+        if (nearest) {
+            unit->setTextureFiltering(Ogre::TFO_NONE);
+        } else if (made == Ogre::TFO_BILINEAR) {
+            unit->setTextureFiltering(Ogre::TFO_BILINEAR);
+        } else {
+            Ogre::MaterialManager& materials = Ogre::MaterialManager::getSingleton();
+            unit->setTextureFiltering(materials.getDefaultTextureFiltering(Ogre::FT_MIN),
+                                      materials.getDefaultTextureFiltering(Ogre::FT_MAG),
+                                      materials.getDefaultTextureFiltering(Ogre::FT_MIP));
+        }
+    }
+}
+
 std::string MVNOgreMaterialNormal::getTextureName() const { return texture ? texture->getTextureName() : ""; }
 
 }  // namespace Morvane

@@ -2,6 +2,8 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+
 #include "core/MVNGeneratorStringId.h"
 #include "scene/MVNOgreAnimation.h"
 
@@ -15,8 +17,8 @@ const float kDegreeInRadians = 0.017453292f;
 Ogre::SceneManager* sceneOf(const std::string& sceneName) { return Ogre::Root::getSingleton().getSceneManager(sceneName); }
 }  // namespace
 
-MVNOgreSceneNodePlane::MVNOgreSceneNodePlane(const std::string& sceneName, Ogre::MaterialPtr material, int width,
-                                             int height, int zOrder, const Ogre::Vector3& position)
+MVNOgreSceneNodePlane::MVNOgreSceneNodePlane(const std::string& sceneName, Ogre::MaterialPtr material, float width,
+                                             float height, int zOrder, const Ogre::Vector3& position)
     : sceneName(sceneName), zOrder(zOrder), material(material), width(width), height(height) {
     this->position[0] = position.x;
     this->position[1] = position.y;
@@ -52,17 +54,25 @@ MVNOgreSceneNodePlane::~MVNOgreSceneNodePlane() {
     if (meshes.resourceExists(meshName, Ogre::RGN_DEFAULT)) meshes.remove(meshName, Ogre::RGN_DEFAULT);
 }
 
-void MVNOgreSceneNodePlane::_createEntity(const std::string& meshName, const std::string& entityName, int width,
-                                          int height, int zOrder) {
+float MVNOgreSceneNodePlane::depthRatio(int zOrder, float distance) {
+    if (distance <= 0.0f) return 1.0f;
+    // A quad at the camera or behind it can't be seen: it shrinks to
+    // nothing rather than turning inside out.
+    return std::max(0.0f, (distance - 2.0f * static_cast<float>(zOrder)) / distance);
+}
+
+void MVNOgreSceneNodePlane::_createEntity(const std::string& meshName, const std::string& entityName, float width,
+                                          float height, int zOrder) {
     Ogre::SceneManager* scene = sceneOf(sceneName);
     if (scene->hasEntity(entityName)) scene->destroyEntity(entityName);
     Ogre::MeshManager& meshes = Ogre::MeshManager::getSingleton();
     if (meshes.resourceExists(meshName, Ogre::RGN_DEFAULT)) meshes.remove(meshName, Ogre::RGN_DEFAULT);
     // The plane's constant is the zOrder as well as the node's z, so a quad
-    // stands at twice its zOrder; sizes are meant in world units there.
+    // stands at twice its zOrder; sizes are meant in world units there
+    // (depthRatio).
     Ogre::Plane plane(Ogre::Vector3::UNIT_Z, static_cast<float>(zOrder));
     meshes.createPlane(meshName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME, plane,
-                       static_cast<float>(width), static_cast<float>(height), 1, 1, true, 1, 1.0f, 1.0f,
+                       width, height, 1, 1, true, 1, 1.0f, 1.0f,
                        Ogre::Vector3::UNIT_Y, Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY,
                        Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY, false, false);
     scene->createEntity(entityName, meshName, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+
 #include "core/MVNLog.h"
 #include "engine/MVNOgreManager.h"
 #include "scene/MVNOgreMaterialFilter.h"
@@ -17,21 +18,12 @@ const char* const kTag = "MVNOgreTextureNodePlane";
 const char* const kSharedScene = "MorvaneScene";
 // Where the camera stands when the quad is first built; later placements ask
 // the manager for the real distance.
-const double kInitialCameraDistance = 10000.0;
+const float kInitialCameraDistance = 10000.0f;
 
-// How much smaller a quad at depth zOrder must be to look as large on screen
-// as one at depth 0.
+// The ratio of a quad of zOrder seen by the scene's camera as it stands now.
 float perspectiveRatio(int zOrder) {
-    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
-    if (distance <= 0.0f) return 1.0f;
-    return (distance - static_cast<float>(zOrder)) / distance;
+    return MVNOgreSceneNodePlane::depthRatio(zOrder, MVNOgreManager::getSingleton()->getCameraDistance());
 }
-
-// A side of the mesh in whole world units. Rounded, not truncated: at small
-// depths the shrunk side lies a hair below the whole number (1920 at zOrder 1
-// gives 1919.81), and cutting it would leave the frame's last column
-// half-covered.
-int meshSide(float side, float ratio) { return static_cast<int>(std::lround(side * ratio)); }
 }  // namespace
 
 MVNOgreTextureNodePlane::MVNOgreTextureNodePlane(const std::string& textureName, int width, int height,
@@ -68,10 +60,13 @@ void MVNOgreTextureNodePlane::_build(const std::string& textureName, const std::
         return;
     }
     size = MVNSize(static_cast<float>(width), static_cast<float>(height));
-    float ratio = static_cast<float>((kInitialCameraDistance - zOrder) / kInitialCameraDistance);
+    // Centred on the axis until a geometry is given.
+    corner = MVNPoint(-size.width / 2, -size.height / 2);
+    // Sides as fractions of world units: a side rounded to whole units
+    // would cover a fraction of a pixel more or less than the picture.
+    float ratio = MVNOgreSceneNodePlane::depthRatio(zOrder, kInitialCameraDistance);
     Ogre::Vector3 position(0, 0, static_cast<float>(zOrder));
-    sceneNode = new MVNOgreSceneNodePlane(scene, engineMaterial, meshSide(width, ratio), meshSide(height, ratio),
-                                          zOrder, position);
+    sceneNode = new MVNOgreSceneNodePlane(scene, engineMaterial, width * ratio, height * ratio, zOrder, position);
 }
 
 MVNOgreTextureNodePlane::~MVNOgreTextureNodePlane() {
@@ -98,21 +93,48 @@ void MVNOgreTextureNodePlane::setGeometry(const MVNRect& rect) {
     float y = center.y * ratio;
     float z = static_cast<float>(zOrder);
     MVNSize wanted(world.width, world.height);
+    corner = MVNPoint(world.x, world.y);
     if (size.equals(wanted)) {
         // Every frame of a move takes this path: no mesh is built.
         sceneNode->setPosition(x, y, z);
+        _chooseSampling();
         return;
     }
     size = wanted;
-    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+    _resize(world.width, world.height, x, y, z);
+    _chooseSampling();
 }
 
-void MVNOgreTextureNodePlane::_resize(int width, int height, float x, float y, float z) {
+// A quad that shows its picture texel for pixel (unturned or turned by
+// quarters, not animated, its own size, its edges on whole pixels) has
+// every pixel centre on a texel centre: nearest sampling gives the bytes of
+// bilinear there for less work. Anywhere else bilinear.
+void MVNOgreTextureNodePlane::_chooseSampling() {
+    auto* normal = dynamic_cast<MVNOgreMaterialNormal*>(material);
+    if (normal == nullptr) return;
+    bool nearest = false;
+    int textureWidth = 0, textureHeight = 0;
+    if (animation == 0 && rotation % 90 == 0 && normal->textureSize(textureWidth, textureHeight)) {
+        bool across = rotation % 180 != 0;
+        float shownWidth = across ? size.height : size.width;
+        float shownHeight = across ? size.width : size.height;
+        MVNOgreManager* manager = MVNOgreManager::getSingleton();
+        // The corners in frame pixels, the world's origin at the frame's centre.
+        float left = corner.x + (size.width - shownWidth) / 2 + manager->getRenderWindowWidth() / 2.0f;
+        float bottom = corner.y + (size.height - shownHeight) / 2 + manager->getRenderWindowHeight() / 2.0f;
+        auto whole = [](float v) { return std::fabs(v - std::round(v)) < 1.0f / 512; };
+        nearest = size.width == static_cast<float>(textureWidth) && size.height == static_cast<float>(textureHeight) &&
+                  whole(left) && whole(bottom);
+    }
+    normal->setNearest(nearest);
+}
+
+void MVNOgreTextureNodePlane::_resize(float width, float height, float x, float y, float z) {
     float ratio = perspectiveRatio(zOrder);
     delete sceneNode;
     sceneNode = nullptr;
-    sceneNode = new MVNOgreSceneNodePlane(_sceneName(), material->getMaterial(), meshSide(width, ratio),
-                                          meshSide(height, ratio), zOrder, Ogre::Vector3(x, y, z));
+    sceneNode = new MVNOgreSceneNodePlane(_sceneName(), material->getMaterial(), width * ratio, height * ratio, zOrder,
+                                          Ogre::Vector3(x, y, z));
     // A new node starts unturned, so the stored rotation is applied in full.
     sceneNode->setAnimation(animation);
     sceneNode->setRotation(rotation);
@@ -129,11 +151,13 @@ void MVNOgreTextureNodePlane::updateAnimation(int position) {
 void MVNOgreTextureNodePlane::setAnimation(int type) {
     animation = type;
     if (sceneNode) sceneNode->setAnimation(type);
+    _chooseSampling();
 }
 
 void MVNOgreTextureNodePlane::setRotation(int degrees) {
     rotation = degrees;
     if (sceneNode) sceneNode->setRotation(degrees);
+    _chooseSampling();
 }
 
 void MVNOgreTextureNodePlane::setZOrder(int zOrder) {

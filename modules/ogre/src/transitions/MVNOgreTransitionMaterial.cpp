@@ -54,8 +54,9 @@ int MVNOgreTransitionMaterial::_init() {
         return -1;
     }
     // Width of A and height of B: the two are meant to be of one size.
-    sceneNode = new MVNOgreSceneNodePlane("MorvaneScene", material->getMaterial(), widthA, heightB, zOrder,
-                                          Ogre::Vector3(0, 0, static_cast<float>(zOrder)));
+    float ratio = MVNOgreSceneNodePlane::depthRatio(zOrder, MVNOgreManager::getSingleton()->getCameraDistance());
+    sceneNode = new MVNOgreSceneNodePlane("MorvaneScene", material->getMaterial(), widthA * ratio, heightB * ratio,
+                                          zOrder, Ogre::Vector3(0, 0, static_cast<float>(zOrder)));
     log_debug(kTag, "_init done");
     return 0;
 }
@@ -104,8 +105,7 @@ void MVNOgreTransitionMaterial::setGeometry(const MVNRect& rect) {
 void MVNOgreTransitionMaterial::_setGeometry(const MVNRect& rect) {
     if (sceneNode == nullptr || material == nullptr) return;
     MVNOgreManager* manager = MVNOgreManager::getSingleton();
-    float distance = manager->getCameraDistance();
-    float ratio = distance > 0 ? (distance - zOrder) / distance : 1.0f;
+    float ratio = MVNOgreSceneNodePlane::depthRatio(zOrder, manager->getCameraDistance());
     MVNRect world = manager->adjustGeometryProfileToWorld(rect);
     MVNPoint center = world.center();
     float x = center.x * ratio, y = center.y * ratio, z = static_cast<float>(zOrder);
@@ -116,8 +116,8 @@ void MVNOgreTransitionMaterial::_setGeometry(const MVNRect& rect) {
     }
     size = wanted;
     delete sceneNode;
-    sceneNode = new MVNOgreSceneNodePlane("MorvaneScene", material->getMaterial(), static_cast<int>(world.width * ratio),
-                                          static_cast<int>(world.height * ratio), zOrder, Ogre::Vector3(x, y, z));
+    sceneNode = new MVNOgreSceneNodePlane("MorvaneScene", material->getMaterial(), world.width * ratio,
+                                          world.height * ratio, zOrder, Ogre::Vector3(x, y, z));
 }
 
 void MVNOgreTransitionMaterial::setVisible(bool visible) {

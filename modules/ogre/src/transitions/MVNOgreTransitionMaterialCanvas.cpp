@@ -17,8 +17,7 @@ const char* const kTag = "MVNOgreTransitionMaterialCanvas";
 const char* const kSharedScene = "MorvaneScene";
 
 float depthRatio(int zOrder) {
-    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
-    return distance > 0 ? (distance - static_cast<float>(zOrder)) / distance : 1.0f;
+    return MVNOgreSceneNodePlane::depthRatio(zOrder, MVNOgreManager::getSingleton()->getCameraDistance());
 }
 
 void onRenderThread(std::function<void()> call, const char* name) {
@@ -85,8 +84,7 @@ int MVNOgreTransitionMaterialCanvas::_config() {
     }
     float ratio = depthRatio(zOrder);
     sceneNode = new MVNOgreSceneNodePlane(sceneName.empty() ? kSharedScene : sceneName, material->getMaterial(),
-                                          static_cast<int>(windowWidth * ratio),
-                                          static_cast<int>(windowHeight * ratio), zOrder,
+                                          windowWidth * ratio, windowHeight * ratio, zOrder,
                                           Ogre::Vector3(0, 0, static_cast<float>(zOrder)));
     // A rebuilt quad shows as the last one did.
     if (visible != -1) sceneNode->setVisible(visible == 1);
@@ -177,16 +175,16 @@ void MVNOgreTransitionMaterialCanvas::_setGeometry(const MVNRect& rect) {
         return;
     }
     size = wanted;
-    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+    _resize(world.width, world.height, x, y, z);
 }
 
-void MVNOgreTransitionMaterialCanvas::_resize(int width, int height, float x, float y, float z) {
+void MVNOgreTransitionMaterialCanvas::_resize(float width, float height, float x, float y, float z) {
     delete sceneNode;
     sceneNode = nullptr;
     if (material == nullptr) return;
     float ratio = depthRatio(zOrder);
-    sceneNode = new MVNOgreSceneNodePlane(kSharedScene, material->getMaterial(), static_cast<int>(width * ratio),
-                                          static_cast<int>(height * ratio), zOrder, Ogre::Vector3(x, y, z));
+    sceneNode = new MVNOgreSceneNodePlane(kSharedScene, material->getMaterial(), width * ratio, height * ratio, zOrder,
+                                          Ogre::Vector3(x, y, z));
     if (visible != -1) sceneNode->setVisible(visible == 1);
 }
 

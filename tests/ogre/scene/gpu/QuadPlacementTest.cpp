@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "core/MVNFrame.h"
+#include "engine/MVNOgreMultisampleChoice.h"
 #include "scene/MVNOgreRenderTexture.h"
 #include "producers/MVNProducerColor.h"
 #include "timeline/MVNFactory.h"
@@ -54,6 +55,79 @@ INSTANTIATE_TEST_SUITE_P(Geometries, ColourClipPlacement,
                                            PlacementCase{"OffCentreOddSize", 37, 101, 63, 41, 0},
                                            PlacementCase{"AtZOrderThree", 100, 50, 120, 80, 3}),
                          [](const ::testing::TestParamInfo<PlacementCase>& info) { return info.param.label; });
+
+// A picture shown at its own size stands on whole pixels at any depth: a
+// quad a fraction of a pixel too large would show as a part-covered pixel
+// (magenta mixed in) beyond its edges and as neighbouring texels mixed
+// within it. The picture is a one-pixel checker in red (any mixing shows at
+// once) over gradients in green and blue that tell off-by-one placement.
+class PictureOnWholePixels : public QuadEngineTest, public ::testing::WithParamInterface<int> {
+protected:
+    static RGBA texel(int x, int y) {
+        return RGBA{static_cast<uint8_t>((x + y) % 2 ? 255 : 0), static_cast<uint8_t>(x), static_cast<uint8_t>(y * 3),
+                    255};
+    }
+};
+
+TEST_P(PictureOnWholePixels, CoversExactlyItsPixelsAndNeedsNoMultisampling) {
+    const int zOrder = GetParam();
+    const int w = 300, h = 160, x = 11, y = 7;  // profile pixels, bottom-left origin
+    BgraPicture picture(w, h, kBlack);
+    for (int j = 0; j < h; ++j) {
+        for (int i = 0; i < w; ++i) picture.paint(i, j, 1, 1, texel(i, j));
+    }
+    auto texture = std::make_unique<MVNOgreRenderTexture>("", w, h, W, H, zOrder, "");
+    texture->setGeometry(MVNRect(x, y, w, h));
+    texture->updateTexture(picture.data(), w, h);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    out.save("whole_pixels_z" + std::to_string(zOrder));
+    int wrongInside = 0, wrongOutside = 0, worst = 0;
+    for (int py = 0; py < H; ++py) {
+        for (int px = 0; px < W; ++px) {
+            bool in = px >= x && px < x + w && py >= y && py < y + h;
+            // Picture rows run from the top, profile rows from the bottom.
+            RGBA wanted = in ? texel(px - x, y + h - 1 - py) : kMagenta;
+            int d = maxColourDifference(out.at(px, py), wanted);
+            worst = std::max(worst, d);
+            if (d > 0) ++(in ? wrongInside : wrongOutside);
+        }
+    }
+    EXPECT_EQ(wrongInside, 0) << "texels mixed inside the picture; largest difference " << worst;
+    EXPECT_EQ(wrongOutside, 0) << "pixels around the picture touched; largest difference " << worst;
+
+    bool needed = true;
+    onRenderThread([&needed]() {
+        auto* context = Morvane::MVNOgreManager::getSingleton()->getOgreContext();
+        needed = MVNOgreMultisampleChoice::needed(context->getSceneManager(), context->getCamera(), W, H);
+    });
+    EXPECT_FALSE(needed) << "a picture on whole pixels asks for multisampling";
+}
+
+// The same picture at half size shown across the same pixels stays
+// filtered: every other pixel falls between two texels of the checker and
+// mixes them, where nearest sampling would double each texel.
+TEST_F(PictureOnWholePixels, APictureShownLargerThanItsSizeIsStillFiltered) {
+    const int w = 150, h = 80;
+    BgraPicture picture(w, h, kBlack);
+    for (int j = 0; j < h; ++j) {
+        for (int i = 0; i < w; ++i) picture.paint(i, j, 1, 1, texel(i, j));
+    }
+    auto texture = std::make_unique<MVNOgreRenderTexture>("", w, h, W, H, 2, "");
+    texture->setGeometry(MVNRect(11, 7, 2 * w, 2 * h));
+    texture->updateTexture(picture.data(), w, h);
+    Composition out(W, H);
+    ASSERT_TRUE(out.ok());
+    int mixed = 0;
+    for (int px = 12; px < 11 + 2 * w - 1; ++px) {
+        int red = out.at(px, 90).r;
+        mixed += red > 32 && red < 224;
+    }
+    EXPECT_GT(mixed, w / 2) << "a doubled picture is sampled texel by texel";
+}
+
+INSTANTIATE_TEST_SUITE_P(Depths, PictureOnWholePixels, ::testing::Values(1, 2, 5),
+                         [](const ::testing::TestParamInfo<int>& info) { return "ZOrder" + std::to_string(info.param); });
 
 using QuadStacking = QuadEngineTest;
 

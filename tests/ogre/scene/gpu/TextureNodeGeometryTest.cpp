@@ -112,9 +112,10 @@ TEST_F(TextureNodeGeometry, MovingKeepsTheMeshAndANewSizeBuildsOneThatKeepsTheRo
 }
 
 TEST_F(TextureNodeGeometry, DeepPlaneIsBuiltSmallerInWorldUnits) {
-    // At zOrder 5000, half way to the camera, the mesh is half the picture
-    // (at zOrder 0 it is the picture's size, as the test above shows).
-    Plane deep(std::string(), 100, 60, W, H, 5000, std::string());
+    // At zOrder 2500 the quad stands at depth 5000, half way to the camera,
+    // so the mesh is half the picture (at zOrder 0 it is the picture's size,
+    // as the test above shows).
+    Plane deep(std::string(), 100, 60, W, H, 2500, std::string());
     PlaneState d = inspect(deep);
     EXPECT_FLOAT_EQ(d.meshWidth, 50);
     EXPECT_FLOAT_EQ(d.meshHeight, 30);

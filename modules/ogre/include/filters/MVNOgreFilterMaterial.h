@@ -57,7 +57,7 @@ private:
     void _init();
     void _release();
     void _setGeometry(const MVNRect& rect);
-    void _resize(int width, int height, float x, float y, float z);
+    void _resize(float width, float height, float x, float y, float z);
     float _scale() const;
 
     std::string mMaterialName;                  // the script the clone comes from

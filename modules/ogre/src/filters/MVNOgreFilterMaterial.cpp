@@ -17,9 +17,9 @@ namespace {
 const char* const kTag = "MVNOgreFilterMaterial";
 const char* const kSharedScene = "MorvaneScene";
 
-// A side of the quad in whole world units, rounded as the texture nodes do
-// so that a filtered clip covers exactly the pixels of an unfiltered one.
-int quadSide(float side, float scale) { return static_cast<int>(std::lround(side * scale)); }
+// A side of the quad in world units, as the texture nodes size theirs, so
+// that a filtered clip covers exactly the pixels of an unfiltered one.
+float quadSide(float side, float scale) { return side * scale; }
 }  // namespace
 
 MVNOgreFilterMaterial::MVNOgreFilterMaterial(const std::string& materialName, int width, int height, int zOrder,
@@ -37,12 +37,10 @@ MVNOgreFilterMaterial::~MVNOgreFilterMaterial() {
     if (mNode || mMaterial || mFirstPass) release();
 }
 
-// The perspective correction: a quad nearer the camera by zOrder must be
-// smaller by this ratio to cover the same pixels.
+// The perspective correction: a quad nearer the camera must be smaller by
+// this ratio to cover the same pixels.
 float MVNOgreFilterMaterial::_scale() const {
-    float distance = MVNOgreManager::getSingleton()->getCameraDistance();
-    if (distance <= 0.0f) return 1.0f;
-    return (distance - static_cast<float>(mZOrder)) / distance;
+    return MVNOgreSceneNodePlane::depthRatio(mZOrder, MVNOgreManager::getSingleton()->getCameraDistance());
 }
 
 int MVNOgreFilterMaterial::init() {
@@ -129,10 +127,10 @@ void MVNOgreFilterMaterial::_setGeometry(const MVNRect& rect) {
     }
     mSize[0] = world.width;
     mSize[1] = world.height;
-    _resize(static_cast<int>(world.width), static_cast<int>(world.height), x, y, z);
+    _resize(world.width, world.height, x, y, z);
 }
 
-void MVNOgreFilterMaterial::_resize(int width, int height, float x, float y, float z) {
+void MVNOgreFilterMaterial::_resize(float width, float height, float x, float y, float z) {
     float scale = _scale();
     delete mNode;
     mNode = new MVNOgreSceneNodePlane(mSceneName, mMaterial->getMaterial(), quadSide(width, scale),

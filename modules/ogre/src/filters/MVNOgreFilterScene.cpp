@@ -71,10 +71,9 @@ void MVNOgreFilterScene::_init() {
         _releaseFirstPass();
         return;
     }
-    float scale = (kCameraDistance - static_cast<float>(mZOrder)) / kCameraDistance;
-    mNode = new MVNOgreSceneNodePlane(mSceneManager->getSceneName(), mMaterial->getMaterial(),
-                                      static_cast<int>(std::lround(mWidth * scale)),
-                                      static_cast<int>(std::lround(mHeight * scale)), mZOrder,
+    float scale = MVNOgreSceneNodePlane::depthRatio(mZOrder, kCameraDistance);
+    mNode = new MVNOgreSceneNodePlane(mSceneManager->getSceneName(), mMaterial->getMaterial(), mWidth * scale,
+                                      mHeight * scale, mZOrder,
                                       Ogre::Vector3(0, 0, static_cast<float>(mZOrder)));
 }
 

@@ -93,6 +93,8 @@ protected:
     Ogre::RenderTarget* mPlainTarget = nullptr;
     Ogre::RenderTarget* mCurrentTarget = nullptr;
     bool mLastMultisampled = false;
+    // Async pictures lost in a row for want of a frame; render thread only.
+    int mLostPictures = 0;
 };
 
 }  // namespace Morvane

@@ -219,11 +219,14 @@ void MVNOgreRenderReaderRTT::postRenderTargetUpdate() {
     frame->setColorFormat(MVN_COLOR_RGBA);
     frame->setFrames(time);
     frame->setSize(size);
-    if (mFrameListener) {
-        mFrameListener->onFrameRendered(frame);
-    } else {
-        mDoubleFrame.update(frame);
+    {
+        AutoLock guard(mListenerLock);
+        if (mFrameListener) {
+            mFrameListener->onFrameRendered(frame);
+            return;
+        }
     }
+    mDoubleFrame.update(frame);
 }
 
 void MVNOgreRenderReaderRTT::copyAfterUpdate(Ogre::RenderTarget* rt, unsigned char* dst) {
@@ -235,14 +238,23 @@ void MVNOgreRenderReaderRTT::copyAfterUpdate(Ogre::RenderTarget* rt, unsigned ch
 MVNFrame* MVNOgreRenderReaderRTT::getRenderFrame() { return mDoubleFrame.pop_front(); }
 
 void MVNOgreRenderReaderRTT::registerFrameListener(MVNFrameListener* listener) {
-    if (mFrameListener) {
+    {
+        AutoLock guard(mListenerLock);
+        if (!mFrameListener) {
+            mFrameListener = listener;
+            listener = nullptr;
+        }
+    }
+    if (listener) {
         log_error(tag(), "registerFrameListener failed, one listener exist");
         return;
     }
     log_debug(tag(), "registerFrameListener");
-    mFrameListener = listener;
 }
 
-void MVNOgreRenderReaderRTT::unregisterFrameListener(MVNFrameListener* listener) { mFrameListener = nullptr; }
+void MVNOgreRenderReaderRTT::unregisterFrameListener(MVNFrameListener* listener) {
+    AutoLock guard(mListenerLock);
+    mFrameListener = nullptr;
+}
 
 }  // namespace Morvane

@@ -66,8 +66,9 @@ check-asan: deps
 	  $(XVFB) ctest --output-on-failure -L gpu -LE 'farm|package'
 
 # The CPU suites and the stress program (16 threads x 10,000 calls) under
-# ThreadSanitizer; tests/sanitizers/tsan.supp names the few reports that
-# come from uninstrumented libraries, each with its reason.
+# ThreadSanitizer, then the stress on the real engine under a virtual
+# display; tests/sanitizers/tsan.supp names the few reports that come from
+# uninstrumented libraries (the engine's log, Mesa), each with its reason.
 check-tsan: deps
 	cmake -S . -B $(TSAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMVN_TSAN=ON -DMVN_BUILD_BENCH=OFF
 	cmake --build $(TSAN_BUILD) -j $(JOBS) --target host_tests ogre_tests codec_tests media_tests mvn-stress
@@ -75,6 +76,8 @@ check-tsan: deps
 	  ctest --output-on-failure -L cpu -LE 'slow|fuzz-replay' -j $(JOBS)
 	cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/sanitizers/tsan.supp" \
 	  ./bin/mvn-stress --threads 16 --calls 10000
+	cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/sanitizers/tsan.supp" \
+	  $(XVFB) ./bin/mvn-stress --engine --threads 16 --calls 100
 
 # Each fuzz target for FUZZ_SECONDS (60 by default); fails on a finding,
 # which is left in $(FUZZ_BUILD)/fuzz-findings/<target>/.

@@ -1,5 +1,6 @@
 // A pipe cannot seek: no scans at open, pictures in order, later positions
 // reached by decoding, and a pipe that ends is opened again from the start.
+#include <atomic>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -37,6 +38,7 @@ public:
             int fd = ::open(mFifo.c_str(), O_WRONLY);
             if (fd < 0)
                 return;
+            mOpened = true;
             size_t done = 0;
             while (done < mBytes.size()) {
                 ssize_t n = ::write(fd, mBytes.data() + done, mBytes.size() - done);
@@ -49,8 +51,10 @@ public:
     }
     ~PipeFeeder() {
         // A reader that never came: open the read side so that the writer's
-        // open returns, then let its writes fail.
-        int fd = ::open(mFifo.c_str(), O_RDONLY | O_NONBLOCK);
+        // open returns, then let its writes fail. Only then: a read side
+        // opened while the next feeder's writer waits would be taken for its
+        // reader, and that feeder would give up before the real one came.
+        int fd = mOpened ? -1 : ::open(mFifo.c_str(), O_RDONLY | O_NONBLOCK);
         mThread.join();
         if (fd >= 0)
             ::close(fd);
@@ -59,6 +63,7 @@ public:
 private:
     std::string mFifo;
     std::vector<char> mBytes;
+    std::atomic<bool> mOpened{false};
     std::thread mThread;
 };
 
@@ -109,6 +114,7 @@ TEST_F(NonSeekableInput, APipeThatEndsIsOpenedAgainFromTheStart) {
     EXPECT_TRUE(log.has(MVNLogLevel::Info, kTag, "_PrepareReopen"));
     EXPECT_FALSE(decoder.IsInited());
 
+    feeder.reset();
     feeder.reset(new PipeFeeder(kFifo, source));
     EXPECT_EQ(0, NextPicture(decoder, -1).frame);
     EXPECT_TRUE(log.has(MVNLogLevel::Debug, kTag, "=====reopen done====="));

@@ -8,6 +8,8 @@
 // the producer that drew it.
 //
 //   mvn-stress [--threads N] [--calls N]     (16 threads, 10000 calls each)
+//   mvn-stress --engine [--threads N] [--calls N]
+//                                   the same on the real engine (EngineStress)
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include <thread>
 #include <vector>
 
+#include "EngineStress.h"
 #include "core/MVNByteBuffer.h"
 #include "core/MVNFrame.h"
 #include "core/MVNLog.h"
@@ -199,14 +202,19 @@ void worker(int index, int calls, const Shared& shared, std::atomic<long long>& 
 int main(int argc, char** argv) {
     int threads = 16;
     int calls = 10000;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        if (std::strcmp(argv[i], "--threads") == 0) threads = std::atoi(argv[i + 1]);
-        else if (std::strcmp(argv[i], "--calls") == 0) calls = std::atoi(argv[i + 1]);
+    bool engine = false;
+    bool usage = false;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--engine") == 0) engine = true;
+        else if (std::strcmp(argv[i], "--threads") == 0 && i + 1 < argc) threads = std::atoi(argv[++i]);
+        else if (std::strcmp(argv[i], "--calls") == 0 && i + 1 < argc) calls = std::atoi(argv[++i]);
+        else usage = true;
     }
-    if (threads < 1 || calls < 1) {
-        std::fprintf(stderr, "usage: mvn-stress [--threads N] [--calls N]\n");
+    if (usage || threads < 1 || calls < 1) {
+        std::fprintf(stderr, "usage: mvn-stress [--engine] [--threads N] [--calls N]\n");
         return 2;
     }
+    if (engine) return MorvaneStress::runEngineStress(threads, calls);
     MVNRepository* repo = MVNRepository::getSingleton();
     if (!repo->builtinsRegistered()) repo->registerBuiltins();
     repo->registerService(MVN_SERVICE_PRODUCER, "stress.clip",

@@ -23,6 +23,10 @@ public:
     // Frames waiting in the pool; frames handed out and not returned.
     static int poolFreeCount();
     static int poolOutstandingCount();
+    // Frames that may be out at once (MVNFramePool); pulls beyond it give
+    // null until frames come back.
+    static int poolLimit();
+    static void setPoolLimit(int limit);
 
     // Converts the pixels to `type` into a new pooled buffer (the caller
     // releases it to MVNByteBufferPool). 0 on success, -1 otherwise.

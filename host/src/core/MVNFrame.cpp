@@ -41,6 +41,10 @@ int MVNFrame::poolFreeCount() { return MVNFramePool::getSingleton()->freeCount()
 
 int MVNFrame::poolOutstandingCount() { return MVNFramePool::getSingleton()->outstandingCount(); }
 
+int MVNFrame::poolLimit() { return MVNFramePool::getSingleton()->limit(); }
+
+void MVNFrame::setPoolLimit(int limit) { MVNFramePool::getSingleton()->setLimit(limit); }
+
 int MVNFrame::getImage(MVNByteBuffer** out, MVNColorType type) {
     if (!out) {
         return -1;

@@ -360,6 +360,9 @@ void MVNProducer::_createTextureNode(const std::string& name, bool apply) {
     p.setInt32("zOrder", getInt32("zOrder", 0));
     p.setString("resource", name);
     p.setString("_groupName", mGroup);
+    // Placed before it shows: another thread's frame drawn in between would
+    // otherwise see the new quad at the whole profile's size.
+    if (apply) p.setBoolean("_hidden", true);
     MVNRenderTexture* texture = MVNRegistryHooks::createRenderTexture(kRenderTextureFactory, mProfile, p);
     if (texture == nullptr) {
         log_error(kTag, "%s _createTextureNode failed, no render texture", getStringId().c_str());
@@ -368,15 +371,15 @@ void MVNProducer::_createTextureNode(const std::string& name, bool apply) {
     mRenderTexture = texture;
     mUploadedKey = 0;
     mNodeHidden.store(false);
-    mQuadVisible = true;  // a new render texture starts shown
+    mQuadVisible = !apply;  // a render texture starts shown unless asked hidden
     if (!apply) return;
     texture->setGeometry(_effectiveGeometry());
     texture->setAnimation(getAnimation());
     int rotation = getInt32("rotation", -1);
     if (rotation != -1) texture->setRotation(rotation);
-    if (!isVisible()) {
-        texture->setVisible(false);
-        mQuadVisible = false;
+    if (isVisible()) {
+        texture->setVisible(true);
+        mQuadVisible = true;
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <cstring>
+#include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -192,6 +194,54 @@ TEST(FramePool, EightThreadsPullAndPushWithoutLosingFramesOrBuffers) {
     EXPECT_EQ(0, wrong.load());
     EXPECT_EQ(framesBefore, MVNFrame::poolOutstandingCount());
     EXPECT_EQ(buffersBefore, pool()->outstandingCount());
+}
+
+// Eight threads race for the last frames below the limit: together they
+// never hold more than it allows, a run of refusals is one warning however
+// many pulls meet it, and frames come again once some are given back.
+TEST(FramePool, LimitHoldsUnderEightThreadsAndARunOfRefusalsIsLoggedOnce) {
+    const int limitBefore = MVNFrame::poolLimit();
+    const int out = MVNFrame::poolOutstandingCount();
+    const int extra = 40;
+    MVNFrame::setPoolLimit(out + extra);
+    LogCapture log;
+    std::mutex heldLock;
+    std::vector<MVNFrame*> held;
+    std::atomic<int> refused{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 20; ++i) {
+                MVNFrame* f = MVNFrame::pullFromPool(1, 32);
+                if (!f) {
+                    ++refused;
+                    continue;
+                }
+                std::lock_guard<std::mutex> guard(heldLock);
+                held.push_back(f);
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(extra, static_cast<int>(held.size()));
+    EXPECT_EQ(8 * 20 - extra, refused.load());
+    EXPECT_EQ(out + extra, MVNFrame::poolOutstandingCount());
+    const std::string refusal =
+        "pull refused, " + std::to_string(out + extra) + " frames out, the limit is " + std::to_string(out + extra);
+    EXPECT_EQ(1, log.count(MVNLogLevel::Warn, "Morvane::MVNFramePool", refusal));
+    MVNFrame::pushBackPool(held.back());
+    held.pop_back();
+    MVNFrame* again = MVNFrame::pullFromPool(1, 32);
+    ASSERT_NE(nullptr, again);
+    held.push_back(again);
+    EXPECT_EQ(1, log.count(MVNLogLevel::Info, "Morvane::MVNFramePool",
+                           "pull served again after " + std::to_string(8 * 20 - extra) + " refused"));
+    MVNFrame::setPoolLimit(0);
+    EXPECT_EQ(1, log.count(MVNLogLevel::Error, "Morvane::MVNFramePool", "setLimit refused, not a positive number:0"));
+    EXPECT_EQ(out + extra, MVNFrame::poolLimit());
+    for (MVNFrame* f : held) MVNFrame::pushBackPool(f);
+    MVNFrame::setPoolLimit(limitBefore);
+    EXPECT_EQ(out, MVNFrame::poolOutstandingCount());
 }
 
 // ---- MVNDoubleFrame -------------------------------------------------------

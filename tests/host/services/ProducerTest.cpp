@@ -163,7 +163,7 @@ protected:
                 calls.push_back("factory " + std::to_string(q->getInt32("width", 0)) + "x" +
                                 std::to_string(q->getInt32("height", 0)) + " z" + std::to_string(q->getInt32("zOrder", -1)) +
                                 " group '" + q->getString("_groupName", "?") + "' resource '" +
-                                q->getString("resource", "?") + "'");
+                                q->getString("resource", "?") + "'" + (q->getBoolean("_hidden", false) ? " hidden" : ""));
                 return new RecordingRenderTexture(&calls);
             });
     }
@@ -184,9 +184,11 @@ TEST_F(ProducerTexture, BuiltWithTheProducersStateAndMovedByItsProperties) {
     producer->setRotation(45);
     producer->_createTextureNode("", true);
     ASSERT_NE(producer->renderTexture(), nullptr);
-    EXPECT_EQ(calls, (std::vector<std::string>{"factory 320x180 z2 group '' resource ''", "built",
+    // Asked hidden and shown once placed: a frame drawn in between by
+    // another thread must not see the quad at the profile's size.
+    EXPECT_EQ(calls, (std::vector<std::string>{"factory 320x180 z2 group '' resource '' hidden", "built",
                                                "geometry [0.000000:0.000000 1280.000000x720.000000]", "anim 0",
-                                               "rotation 45"}));
+                                               "rotation 45", "visible"}));
     calls.clear();
     producer->setGeometry(MVNRect(1, 2, 3, 4));
     producer->setAnimation(5);

@@ -2,6 +2,7 @@
 // Default reader: the camera draws into the render texture "RttTex", which is
 // copied to memory. Starts in async mode; the first getRenderImage switches it
 // to sync for good. Only one can exist per engine (the texture name is fixed).
+#include <atomic>
 #include <deque>
 #include <memory>
 #include <string>
@@ -82,7 +83,12 @@ protected:
     // Area that is read: the whole picture once init has run.
     int mBoxWidth = 1;
     int mBoxHeight = 1;
-    volatile int mMode = MODE_UNSET;
+    // Set on the render thread, read by the host's threads too.
+    std::atomic<int> mMode{MODE_UNSET};
+    // Guards mFrameListener and is held over each delivery to it, so that
+    // once unregisterFrameListener returns no call reaches the listener: the
+    // consumer that registered may be gone right after.
+    Mutex11 mListenerLock;
     MVNFrameListener* mFrameListener = nullptr;
     int mFSAA = 0;
     std::unique_ptr<TargetHook> mHook;
@@ -93,6 +99,8 @@ protected:
     Ogre::RenderTarget* mPlainTarget = nullptr;
     Ogre::RenderTarget* mCurrentTarget = nullptr;
     bool mLastMultisampled = false;
+    // Async pictures lost in a row for want of a frame; render thread only.
+    int mLostPictures = 0;
 };
 
 }  // namespace Morvane

@@ -16,7 +16,13 @@ class MVNOgreTextureNodeThread;
 class MVN_OGRE_API MVNOgreRenderTexture : public MVNRenderTexture {
 public:
     // textureName empty: pixels come through updateTexture; otherwise the
-    // name of an existing texture. sceneName empty: "MorvaneScene".
+    // name of an existing texture. sceneName empty: "MorvaneScene". A hidden
+    // quad shows only after setVisible(true), so that its owner can place it
+    // first: a frame drawn meanwhile by another thread never sees it at the
+    // whole profile's size.
+    MVNOgreRenderTexture(const std::string& textureName, int width, int height, int canvasWidth, int canvasHeight,
+                         int zOrder, const std::string& sceneName, bool hidden);
+    // Shown from the start.
     MVNOgreRenderTexture(const std::string& textureName, int width, int height, int canvasWidth, int canvasHeight,
                          int zOrder, const std::string& sceneName);
     ~MVNOgreRenderTexture() override;

@@ -26,6 +26,19 @@ public:
         MVNOgreManager::getSingleton()->callRenderableWait([&]() { node = new T(args...); }, "textureNodeInit");
     }
 
+    // The same, hidden in the same step: no frame shows the node before its
+    // owner has placed it and called setVisible(true).
+    struct StartHidden {};
+    template <typename... Args>
+    explicit MVNOgreTextureNodeThread(StartHidden, const Args&... args) {
+        MVNOgreManager::getSingleton()->callRenderableWait(
+            [&]() {
+                node = new T(args...);
+                node->setVisible(false);
+            },
+            "textureNodeInit");
+    }
+
     ~MVNOgreTextureNodeThread() override {
         std::lock_guard<std::mutex> guard(lock);
         // Without a running queue the engine is gone and so is everything

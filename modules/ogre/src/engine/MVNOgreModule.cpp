@@ -129,7 +129,7 @@ MVNRenderTexture* createOgreRenderTexture(const MVNProfile* profile, const MVNPr
             return nullptr;
         }
         return new MVNOgreRenderTexture(resource, width, height, profile->width(), profile->height(), zOrder,
-                                        groupName);
+                                        groupName, props.getBoolean("_hidden", false));
     });
 }
 

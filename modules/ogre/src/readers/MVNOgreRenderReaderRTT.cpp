@@ -192,29 +192,41 @@ void MVNOgreRenderReaderRTT::postRenderTargetUpdate() {
     const char* t = tag();
     int size = mWidth * mHeight * mBytesPerPixel;
     MVNFrame* frame = MVNFrame::pullFromPool(1, size);
-    if (!frame) {
-        log_error(t, "postRenderTargetUpdate failed, pull frame error");
-        return;
-    }
-    copyAfterUpdate(rt, frame->buffer()->ptr());
     int time = -1;
     {
+        // The picture of this update, shown or lost, takes its time with
+        // it: a time left queued would stamp every later picture with its
+        // predecessor's position.
         AutoLock guard(mTimesLock);
         if (!mRenderTimes.empty()) {
             time = mRenderTimes.front();
             mRenderTimes.pop_front();
         }
     }
+    if (!frame) {
+        // Once for a run of lost pictures: an exhausted pool stays so for
+        // many frames, and the pool itself says why.
+        if (mLostPictures++ == 0) log_error(t, "postRenderTargetUpdate failed, pull frame error");
+        return;
+    }
+    if (mLostPictures > 0) {
+        log_info(t, "postRenderTargetUpdate pulls frames again, %d pictures lost", mLostPictures);
+        mLostPictures = 0;
+    }
+    copyAfterUpdate(rt, frame->buffer()->ptr());
     frame->setWidth(mWidth);
     frame->setHeight(mHeight);
     frame->setColorFormat(MVN_COLOR_RGBA);
     frame->setFrames(time);
     frame->setSize(size);
-    if (mFrameListener) {
-        mFrameListener->onFrameRendered(frame);
-    } else {
-        mDoubleFrame.update(frame);
+    {
+        AutoLock guard(mListenerLock);
+        if (mFrameListener) {
+            mFrameListener->onFrameRendered(frame);
+            return;
+        }
     }
+    mDoubleFrame.update(frame);
 }
 
 void MVNOgreRenderReaderRTT::copyAfterUpdate(Ogre::RenderTarget* rt, unsigned char* dst) {
@@ -226,14 +238,23 @@ void MVNOgreRenderReaderRTT::copyAfterUpdate(Ogre::RenderTarget* rt, unsigned ch
 MVNFrame* MVNOgreRenderReaderRTT::getRenderFrame() { return mDoubleFrame.pop_front(); }
 
 void MVNOgreRenderReaderRTT::registerFrameListener(MVNFrameListener* listener) {
-    if (mFrameListener) {
+    {
+        AutoLock guard(mListenerLock);
+        if (!mFrameListener) {
+            mFrameListener = listener;
+            listener = nullptr;
+        }
+    }
+    if (listener) {
         log_error(tag(), "registerFrameListener failed, one listener exist");
         return;
     }
     log_debug(tag(), "registerFrameListener");
-    mFrameListener = listener;
 }
 
-void MVNOgreRenderReaderRTT::unregisterFrameListener(MVNFrameListener* listener) { mFrameListener = nullptr; }
+void MVNOgreRenderReaderRTT::unregisterFrameListener(MVNFrameListener* listener) {
+    AutoLock guard(mListenerLock);
+    mFrameListener = nullptr;
+}
 
 }  // namespace Morvane

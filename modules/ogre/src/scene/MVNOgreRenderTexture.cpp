@@ -6,11 +6,20 @@
 namespace Morvane {
 
 MVNOgreRenderTexture::MVNOgreRenderTexture(const std::string& textureName, int width, int height, int canvasWidth,
-                                           int canvasHeight, int zOrder, const std::string& sceneName) {
+                                           int canvasHeight, int zOrder, const std::string& sceneName, bool hidden) {
+    using Node = MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>;
     const std::string plainPicture;  // no material script
-    node = new MVNOgreTextureNodeThread<MVNOgreTextureNodePlane>(textureName, width, height, canvasWidth,
-                                                                 canvasHeight, zOrder, plainPicture, sceneName);
+    if (hidden) {
+        node = new Node(Node::StartHidden{}, textureName, width, height, canvasWidth, canvasHeight, zOrder,
+                        plainPicture, sceneName);
+    } else {
+        node = new Node(textureName, width, height, canvasWidth, canvasHeight, zOrder, plainPicture, sceneName);
+    }
 }
+
+MVNOgreRenderTexture::MVNOgreRenderTexture(const std::string& textureName, int width, int height, int canvasWidth,
+                                           int canvasHeight, int zOrder, const std::string& sceneName)
+    : MVNOgreRenderTexture(textureName, width, height, canvasWidth, canvasHeight, zOrder, sceneName, false) {}
 
 MVNOgreRenderTexture::~MVNOgreRenderTexture() { delete node; }
 

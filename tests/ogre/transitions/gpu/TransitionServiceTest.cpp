@@ -232,6 +232,9 @@ TEST_F(TransitionService, SameResourceMakesNoRenderThreadCall) {
         "testHoldRenderThread");
     canvas->setResource(canvas->getResource());
     release = true;
+    // The held step reads `release` on the render thread: it must be done
+    // before this frame ends.
+    MVNOgreManager::getSingleton()->callRenderableWait([]() {}, "testDrainRenderThread");
     EXPECT_EQ(log.countContaining("run too long time"), 0);
     EXPECT_EQ(canvas->getMaterial(), material);
 }

@@ -61,7 +61,7 @@ gallery: build
 # that stb_image allocated with malloc, and the engine frees them with
 # delete[]: the one mismatch is in those two libraries, not in ours, so the
 # GPU step does not stop on it. Leaks inside the GL driver are suppressed by
-# library name (tests/sanitizers/lsan.supp); the test programs keep every
+# library name (tests/sanitizers/lsan.supp); the test programs and tools keep every
 # library loaded under the sanitizer so that the names stay known.
 check-asan: deps
 	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF

@@ -355,15 +355,7 @@ int main(int argc, char** argv) {
 
     MVNProjectLoader loader;
     MVNProject project;
-    if (loader.read(projectPath, project, opt.profile) != 0) {
-        std::fprintf(stderr, "mvn-play: %s\n", loader.error().c_str());
-        return kExitBadInput;
-    }
-    MVNProjectCheck check;
-    if (check.check(projectPath, project) != 0) {
-        std::fprintf(stderr, "mvn-play: %s\n", check.error().c_str());
-        return kExitBadInput;
-    }
+    if (readCheckedProject(kTool, loader, projectPath, opt.profile, project) != 0) return kExitBadInput;
     const int width = opt.width ? opt.width : project.profile.width();
     const int height = opt.height ? opt.height : project.profile.height();
 

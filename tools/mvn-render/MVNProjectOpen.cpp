@@ -5,7 +5,6 @@
 
 #include "MVNProjectCheck.h"
 #include "MVNToolSetup.h"
-#include "timeline/MVNProjectLoader.h"
 
 namespace fs = std::filesystem;
 
@@ -36,15 +35,7 @@ int openProjectForRender(MVNProjectLoader& loader, const std::string& projectArg
     // Video files, animations and pictures decoded on the processor.
     if (!MVNToolSetup::loadMediaModule("mvn-render")) return kExitFailed;
 
-    if (loader.read(projectPath, project, profile) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", loader.error().c_str());
-        return kExitBadInput;
-    }
-    MVNProjectCheck check;
-    if (check.check(projectPath, project) != 0) {
-        std::fprintf(stderr, "mvn-render: %s\n", check.error().c_str());
-        return kExitBadInput;
-    }
+    if (readCheckedProject("mvn-render", loader, projectPath, profile, project) != 0) return kExitBadInput;
     return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,7 @@
 #include "core/MVNImage.h"
 #include "core/MVNLut3d.h"
 #include "core/MVNMediaProbe.h"
+#include "timeline/MVNProjectLoader.h"
 #include "timeline/MVNRepository.h"
 
 namespace Morvane {
@@ -236,6 +238,20 @@ int MVNProjectCheck::check(const std::string& path, const MVNProject& project) {
     }
     MVNToolSetup::muteLog(false);
     return mError.empty() ? 0 : -1;
+}
+
+int readCheckedProject(const char* tool, MVNProjectLoader& loader, const std::string& path,
+                       const std::string& profile, MVNProject& project) {
+    if (loader.read(path, project, profile) != 0) {
+        std::fprintf(stderr, "%s: %s\n", tool, loader.error().c_str());
+        return -1;
+    }
+    MVNProjectCheck check;
+    if (check.check(path, project) != 0) {
+        std::fprintf(stderr, "%s: %s\n", tool, check.error().c_str());
+        return -1;
+    }
+    return 0;
 }
 
 }  // namespace Morvane

@@ -9,6 +9,8 @@
 
 namespace Morvane {
 
+class MVNProjectLoader;
+
 class MVNProjectCheck {
 public:
     // Checks the project file at `path`, already read by MVNProjectLoader
@@ -31,5 +33,11 @@ public:
 private:
     std::string mError;
 };
+
+// Reads the project file at `path` with `loader` (profile as given on the
+// command line, empty for the project's own) and checks it. On failure one
+// line "TOOL: reason" on standard error and -1; the loader then builds it.
+int readCheckedProject(const char* tool, MVNProjectLoader& loader, const std::string& path,
+                       const std::string& profile, MVNProject& project);
 
 }  // namespace Morvane

@@ -95,8 +95,13 @@ TEST(QuadCompositionSteady, FourFullFramePictureClipsGrowNothingOnceWarmedUp) {
     EXPECT_EQ(end.materials, warm.materials);
     EXPECT_EQ(end.meshes, warm.meshes);
     EXPECT_EQ(end.programs, warm.programs);
-    // Allocator noise only: one 1080p frame alone is 8 MiB.
+    // Allocator noise only: one 1080p frame alone is 8 MiB. Under the
+    // address sanitizer freed blocks wait in its quarantine (256 MiB), so the
+    // resident set grows whatever the code does; its leak check covers that
+    // build instead.
+#if !defined(__SANITIZE_ADDRESS__)
     EXPECT_LT(end.rssKiB - warm.rssKiB, 4 * 1024);
+#endif
     clips.clear();
     removeMarker("not_full_screen");
 }

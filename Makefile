@@ -55,14 +55,14 @@ gallery: build
 	@echo "out/gallery/index.html"
 
 # The CPU suites, then the engine and tool suites under a virtual display.
-# Leaks inside the GL driver and the X libraries are suppressed
-# (tests/sanitizers/lsan.supp, each line says why); nothing else is.
-# The engine's picture codec plugin (Codec_STBI) hands the engine pictures
-# that stb_image allocated with malloc, and the engine frees them with
-# delete[]: the one mismatch is in those two libraries, not in ours, so the
-# GPU step does not stop on it. Leaks inside the GL driver are suppressed by
-# library name (tests/sanitizers/lsan.supp); the test programs and tools keep every
-# library loaded under the sanitizer so that the names stay known.
+# Leaks inside the GL driver, the X libraries and SDL are suppressed by
+# library name (tests/sanitizers/lsan.supp, each line says why); nothing
+# else is. The test programs and tools keep every library loaded under the
+# sanitizer so that those names stay known at exit. The engine's picture
+# codec plugin (Codec_STBI) hands the engine pictures that stb_image
+# allocated with malloc, and the engine frees them with delete[]: the one
+# mismatch is in those two libraries, not in ours, so the GPU step does not
+# stop on it.
 check-asan: deps
 	cmake -S . -B $(ASAN_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DMVN_SANITIZE=ON -DMVN_BUILD_BENCH=OFF
 	cmake --build $(ASAN_BUILD) -j $(JOBS)

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <ft2build.h>
+#include FT_FREETYPE_H
 #include <nlohmann/json.hpp>
 
 #include "MVNFFmpegLog.h"
@@ -79,6 +81,7 @@ bool headerSize(const std::string& file, long& width, long& height) {
 const char* const kPictureServices[] = {"ogre.image", "stb_image"};
 // Properties whose value is a file, checked by what the file must be.
 const char* const kLutKey = "ufmMVNLutPath";
+const char* const kFontKeys[] = {"textFontFile", "textBackupPath"};
 
 // "#rrggbbaa" properties: the services' colours and the colours whose
 // channels feed filter uniforms ("ufmColor" gives ufmColorR, ...).
@@ -117,6 +120,11 @@ private:
                     cellServiceForPath(it.value().get<std::string>()) == "stb_image") {
                     picture(it.value().get<std::string>(), path + ".properties." + it.key());
                 }
+            }
+        }
+        if (service == "text" && v.contains("properties")) {
+            for (const char* key : kFontKeys) {
+                if (v["properties"].contains(key)) font(v["properties"][key], path + ".properties." + key);
             }
         }
         if (v.contains("tracks")) tracks(v["tracks"], path + ".tracks");
@@ -214,6 +222,22 @@ private:
         if (!fs::is_regular_file(full, ec)) refuse(path, "file not found: " + full);
         MVNLut3d table;
         if (table.loadFromFile(full) != 0) refuse(path, "not a 3D LUT: " + table.lastError());
+    }
+
+    // A file the text clip would otherwise refuse at its first frame with
+    // nothing drawn: opened by the same library that lays the glyphs out.
+    void font(const json& v, const std::string& path) {
+        if (!v.is_string() || v.get<std::string>().empty()) refuse(path, "expected the path of a font file");
+        const std::string full = resolve(v.get<std::string>());
+        std::error_code ec;
+        if (!fs::is_regular_file(full, ec)) refuse(path, "file not found: " + full);
+        FT_Library library = nullptr;
+        if (FT_Init_FreeType(&library) != 0) return;
+        FT_Face face = nullptr;
+        const FT_Error error = FT_New_Face(library, full.c_str(), 0, &face);
+        if (face != nullptr) FT_Done_Face(face);
+        FT_Done_FreeType(library);
+        if (error != 0) refuse(path, "not a font: " + full);
     }
 
     std::string mFolder;

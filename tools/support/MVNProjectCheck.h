@@ -21,7 +21,8 @@ public:
     //   - "volume" and "textSize" are numbers in their range;
     //   - pictures decode and are at most kMaxPictureSide a side (read from
     //     the header before anything is decoded);
-    //   - a LUT file ("ufmMVNLutPath") parses.
+    //   - a LUT file ("ufmMVNLutPath") parses;
+    //   - a text clip's fonts ("textFontFile", "textBackupPath") open.
     // 0, or -1 with error() set to one line: "FILE: JSON.PATH: reason".
     int check(const std::string& path, const MVNProject& project);
     const std::string& error() const { return mError; }

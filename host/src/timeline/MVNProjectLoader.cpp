@@ -267,17 +267,18 @@ std::string resolveFilterResource(const std::string& resource, const std::string
     return resource;
 }
 
-// A text clip's title: its two videos and its picture are files beside the
-// project, checked here so that a wrong name is an error of the project
-// rather than a title that silently stays off; "textBgGeometry" is placed
-// from the top-left corner like every geometry.
-void resolveTextTitle(MVNProperties& p, const std::string& path, const std::string& folder, const MVNProfile& profile) {
+// A text clip's files: its two fonts, its title's two videos and its
+// picture are found from the project's folder, checked here so that a wrong
+// name is an error of the project rather than text or a title that silently
+// stays off; "textBgGeometry" is placed from the top-left corner like every
+// geometry.
+void resolveTextFiles(MVNProperties& p, const std::string& path, const std::string& folder, const MVNProfile& profile) {
     std::error_code ec;
     auto full = [&](const char* key) {
         fs::path f(p.getString(key, ""));
         return fs::absolute(f.is_absolute() ? f : fs::path(folder) / f, ec).lexically_normal();
     };
-    for (const char* key : {"textTitleVideoPath", "textTitleMaskVideoPath"}) {
+    for (const char* key : {"textFontFile", "textBackupPath", "textTitleVideoPath", "textTitleMaskVideoPath"}) {
         if (p.getString(key, "").empty()) continue;
         fs::path f = full(key);
         if (!fs::is_regular_file(f, ec)) fail(path + "." + key, "file not found: " + f.string());
@@ -575,7 +576,7 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
 
     if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
     plan.properties.setString("service", service);
-    if (service == "text") resolveTextTitle(plan.properties, path + ".properties", folder, profile);
+    if (service == "text") resolveTextFiles(plan.properties, path + ".properties", folder, profile);
     if (service == kGroupService) {
         if (!v.contains("tracks")) fail(path + ".tracks", "missing: a group composes its own tracks");
         if (v.contains("resource")) fail(path + ".resource", "a group takes no resource");

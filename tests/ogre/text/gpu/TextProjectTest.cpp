@@ -2,7 +2,7 @@
 // properties and geometry, and the title shows inside its box; an animated
 // title moves over the clip's length; bad animation properties are refused
 // with their JSON path; title pictures are found beside the project, and a
-// missing one names its place in the file.
+// missing one names its place in the file; so are fonts.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "ProjectSceneTest.h"
+#include "text/MVNProducerText.h"
 
 using namespace Morvane;
 using namespace MorvaneTest;
@@ -124,6 +125,37 @@ TEST_F(TextProject, TitlePicturesAreFoundBesideTheProjectAndAMissingOneNamesItsK
     EXPECT_EQ(loader.error(), (here / "show.json").string() +
                                   ": tracks[0].clips[0].properties.textTitleVideoPath: file not found: " +
                                   (here / "nowhere.mp4").string());
+}
+
+// A project in a folder of its own names its font beside it: the font is
+// taken from there, not from the working folder; a missing one names its key.
+TEST_F(TextProject, FontsAreFoundFromTheProjectFolderAndAMissingOneNamesItsKey) {
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::current_path() / "elsewhere";
+    fs::create_directories(folder / "fonts");
+    fs::copy_file(MVNProducerText::defaultBackupFile(), folder / "fonts" / "Sans.ttf",
+                  fs::copy_options::overwrite_existing);
+    auto text = [](const char* font) {
+        return std::string(R"({ "profile": { "width": 320, "height": 180, "fps": 25 }, "tracks": [ { "clips": [
+            { "service": "text", "length": 10, "geometry": "[20:20 200x60]", "properties": { "textString": "Hi",
+              "textSize": 40, "textColorBase": "#00ff00ff", "textFontFile": ")") +
+               font + R"(", "textBackupPath": ")" + font + R"(" } } ] } ] })";
+    };
+    ASSERT_EQ(loader.loadFromString(text("fonts/Sans.ttf"), (folder / "show.json").string(), project), 0)
+        << loader.error();
+    draw(0);
+    RenderImage out(W, H);
+    ASSERT_TRUE(out.ok());
+    int green = 0;
+    for (int y = 0; y < H; ++y)
+        for (int x = 0; x < W; ++x) green += out.at(x, y).g > 200 && out.at(x, y).r < 60;
+    EXPECT_GT(green, 150);
+    MVNProjectLoader::unload(project);
+
+    EXPECT_EQ(loader.loadFromString(text("fonts/None.ttf"), (folder / "show.json").string(), project), -1);
+    EXPECT_EQ(loader.error(), (folder / "show.json").string() +
+                                  ": tracks[0].clips[0].properties.textFontFile: file not found: " +
+                                  (folder / "fonts" / "None.ttf").string());
 }
 
 }  // namespace

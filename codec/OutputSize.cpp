@@ -41,17 +41,21 @@ OutputSize OutputSize::Compute(int w, int h, int sarNum, int sarDen, int maxWidt
         }
         // Non-square pixels: keep the longer side and stretch the other one.
         // Integer arithmetic gives w / dar exactly (720 / (4/3) is 540, not 539).
-        if (w > h) {
-            int nh = static_cast<int>(static_cast<int64_t>(w) * darDen / darNum);
-            if (nh & 1)
-                nh -= 1;
-            out.height = nh;
-        } else {
-            int nw = static_cast<int>(static_cast<int64_t>(h) * darNum / darDen);
-            if (nw & 1)
-                nw -= 1;
-            out.width = nw;
+        int64_t side = w > h ? static_cast<int64_t>(w) * darDen / darNum : static_cast<int64_t>(h) * darNum / darDen;
+        side &= ~int64_t{1};
+        // A damaged or hostile file may claim pixels thousands of times taller
+        // than wide: no GPU takes such a picture, and the size would overflow
+        // further on. Its pixels are taken as square instead.
+        if (side < 2 || side > kMaxSide) {
+            log_warn(kTag, "sample aspect ratio %d:%d would make the %dx%d picture %s %lld, its pixels are taken as square",
+                     sarNum, sarDen, w, h, w > h ? "height" : "width", static_cast<long long>(side));
+            out.dar = static_cast<float>(static_cast<double>(w) / h);
+            return out;
         }
+        if (w > h)
+            out.height = static_cast<int>(side);
+        else
+            out.width = static_cast<int>(side);
         if (out.width == w && out.height == h)
             log_debug(kTag, "dar %f calc scale size equal to origin size", dar);
         return out;

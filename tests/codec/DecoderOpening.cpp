@@ -175,8 +175,23 @@ INSTANTIATE_TEST_SUITE_P(
         SizingCase{"ScaledDownToWidth", 1920, 1080, 1, 1, 640, 480, true, 640, 360, 16.0f / 9},
         SizingCase{"ScaledDownToHeight", 1080, 1920, 1, 1, 640, 360, true, 202, 360, 9.0f / 16},
         SizingCase{"LimitsIgnoredWithoutScale", 1920, 1080, 1, 1, 640, 360, false, 1920, 1080, 16.0f / 9},
-        SizingCase{"AnamorphicScaledToDisplayShape", 720, 576, 64, 45, 640, 360, true, 640, 360, 16.0f / 9}),
+        SizingCase{"AnamorphicScaledToDisplayShape", 720, 576, 64, 45, 640, 360, true, 640, 360, 16.0f / 9},
+        // Sample aspect ratios no real file has: the correction would give a
+        // side no GPU takes, or one past the range of an int.
+        SizingCase{"TallPixelsBeyondAnyTextureAreSquare", 32, 24, 1, 5218, 64, 64, true, 32, 24, 4.0f / 3},
+        SizingCase{"WidePixelsBeyondAnyTextureAreSquare", 24, 32, 5218, 1, 0, 0, false, 24, 32, 0.75f},
+        SizingCase{"CorrectionPastAnIntIsSquare", 16384, 8192, 1, 2097152, 0, 0, false, 16384, 8192, 2.0f},
+        SizingCase{"CorrectionToNothingIsSquare", 2, 1000, 1, 1000, 0, 0, false, 2, 1000, 0.002f},
+        SizingCase{"TallestUsableCorrectionIsKept", 64, 48, 3, 1024, 64, 64, true, 64, 16384, 0.00390625f}),
     [](const ::testing::TestParamInfo<SizingCase>& info) { return std::string(info.param.name); });
+
+TEST(OutputSizingLog, TellsWhyAnAbsurdAspectRatioIsIgnored) {
+    LogCapture log;
+    codec::OutputSize::Compute(32, 24, 1, 5218, 64, 64, true);
+    EXPECT_TRUE(log.has(MVNLogLevel::Warn, kTag,
+                        "sample aspect ratio 1:5218 would make the 32x24 picture height 125232, its pixels are "
+                        "taken as square"));
+}
 
 TEST(OutputSizingLog, TellsWhenACorrectionChangesNothing) {
     LogCapture log;

@@ -20,6 +20,7 @@
 #include "core/MVNImage.h"
 #include "core/MVNLut3d.h"
 #include "core/MVNMediaProbe.h"
+#include "core/MVNUtils.h"
 #include "timeline/MVNProjectLoader.h"
 #include "timeline/MVNRepository.h"
 
@@ -255,9 +256,9 @@ int MVNProjectCheck::check(const std::string& path, const MVNProject& project) {
         json root = json::parse(text.str());
         Checker(project.folder).tracks(root["tracks"], "tracks");
     } catch (const Refusal& r) {
-        mError = path + ": " + r.path + ": " + r.reason;
+        mError = Morvane::oneLine(path + ": " + r.path + ": " + r.reason);
     } catch (const json::exception& e) {
-        mError = path + ": " + e.what();
+        mError = Morvane::oneLine(path + ": " + e.what());
     }
     MVNToolSetup::muteLog(false);
     return mError.empty() ? 0 : -1;

@@ -15,6 +15,10 @@ const char* getOutputName(int type);
 // (".bashrc") is a hidden name, not an extension.
 std::string getExtension(const std::string& path);
 
+// `text` with its control characters escaped (\n, \r, \t, \xNN), so that a
+// message quoting a user's file names and keys stays one line.
+std::string oneLine(const std::string& text);
+
 // True when both strings are equal without regard to ASCII case.
 bool icaseCompare(const std::string& a, const std::string& b);
 

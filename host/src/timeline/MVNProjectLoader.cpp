@@ -19,6 +19,7 @@
 #include "services/MVNProducer.h"
 #include "services/MVNProperties.h"
 #include "core/MVNRect.h"
+#include "core/MVNUtils.h"
 #include "timeline/MVNRepository.h"
 #include "timeline/MVNTractor.h"
 
@@ -73,6 +74,7 @@ struct TrackPlan {
 const char* const kGroupService = "ogre.group.sample";
 const size_t kMaxGroupDepth = 16;
 const char* const kGridService = "ogre.grid";
+const char* const kImageService = "ogre.image";
 
 int requireInt(const json& v, const std::string& path, int min) {
     if (!v.is_number_integer()) fail(path, "expected an integer, got " + typeName(v));
@@ -574,7 +576,16 @@ ClipPlan planClip(const json& v, const std::string& path, int track, const MVNPr
     if (v.contains("length")) plan.length = requireInt(v["length"], path + ".length", 1);
     if (v.contains("in")) plan.in = requireInt(v["in"], path + ".in", 0);
 
-    if (v.contains("properties")) copyProperties(v["properties"], path + ".properties", plan.properties);
+    if (v.contains("properties")) {
+        // Set there, a file would bypass the look-up from the project's
+        // folder and the check that it exists, and a missing picture would
+        // draw nothing without a word.
+        if (v["properties"].is_object() && v["properties"].contains("resource")) {
+            fail(path + ".properties.resource", "a clip names its file with its own \"resource\" key");
+        }
+        copyProperties(v["properties"], path + ".properties", plan.properties);
+    }
+    if (service == kImageService && !v.contains("resource")) fail(path + ".resource", "missing: the picture to show");
     plan.properties.setString("service", service);
     if (service == "text") resolveTextFiles(plan.properties, path + ".properties", folder, profile);
     if (service == kGroupService) {
@@ -796,7 +807,7 @@ MVNProjectLoader::~MVNProjectLoader() = default;
 int MVNProjectLoader::read(const std::string& path, MVNProject& project, const std::string& profileOverride) {
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        mError = path + ": cannot open the project file";
+        mError = oneLine(path + ": cannot open the project file");
         mPlan.reset();
         return -1;
     }
@@ -821,7 +832,7 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
         root = json::parse(text);
     } catch (const json::exception& e) {
         // Syntax, and numbers no double holds ("1e400").
-        mError = path + ": not valid JSON: " + e.what();
+        mError = oneLine(path + ": not valid JSON: " + e.what());
         return -1;
     }
     std::string where;
@@ -837,12 +848,12 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
         project.sound = anySound(plan->tracks);
         mPlan = std::move(plan);
     } catch (const ProjectError& e) {
-        mError = path + ": " + (where.empty() ? e.path : where) + ": " + e.reason;
+        mError = oneLine(path + ": " + (where.empty() ? e.path : where) + ": " + e.reason);
         log_info(kTag, "%s", mError.c_str());
         return -1;
     } catch (const json::exception& e) {
         // A value of a shape no check above expected; still the user's file.
-        mError = path + ": " + e.what();
+        mError = oneLine(path + ": " + e.what());
         log_info(kTag, "%s", mError.c_str());
         return -1;
     }
@@ -851,14 +862,14 @@ int MVNProjectLoader::readFromString(const std::string& text, const std::string&
 
 int MVNProjectLoader::build(MVNProject& project) {
     if (!mPlan) {
-        mError = mPath + ": nothing read to build";
+        mError = oneLine(mPath + ": nothing read to build");
         return -1;
     }
     try {
         buildTracks(mPlan->tracks, project);
         if (project.length <= 0) fail("tracks", "nothing to render: every track is empty");
     } catch (const ProjectError& e) {
-        mError = mPath + ": " + e.path + ": " + e.reason;
+        mError = oneLine(mPath + ": " + e.path + ": " + e.reason);
         log_info(kTag, "%s", mError.c_str());
         unload(project);
         return -1;

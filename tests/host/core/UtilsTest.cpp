@@ -23,6 +23,13 @@ TEST(Utils, IcaseCompareIgnoresAsciiCaseOnly) {
     EXPECT_FALSE(icaseCompare("wmv", ".wmv"));
 }
 
+TEST(Utils, OneLineEscapesControlCharactersAndKeepsTheRest) {
+    EXPECT_EQ(oneLine("a\nb\r\tc"), "a\\nb\\r\\tc");
+    EXPECT_EQ(oneLine(std::string("x\0y\x1f\x7f", 5)), "x\\x00y\\x1f\\x7f");
+    // UTF-8 and backslashes pass unchanged.
+    EXPECT_EQ(oneLine("caf\xc3\xa9 \\n"), "caf\xc3\xa9 \\n");
+}
+
 TEST(Utils, WideTextRoundTripsThroughUtf8) {
     std::wstring text = L"A\u00e9\u4e2d\U0001F600";
     std::string utf8 = to_utf8Str(text);

@@ -386,7 +386,17 @@ INSTANTIATE_TEST_SUITE_P(
                    CLIP_TRACKS(CLIP(20) R"(, { "transition": "looks/twirl.glsl", "length": 5 }, )" CLIP(20)),
                    "tracks[0].clips[1].transition: file not found: ", "looks/twirl.glsl"},
         BadProject{"TransitionUnknownKey", CLIP_TRACKS(CLIP(20) R"(, { "transition": "fade", "lenght": 5 }, )" CLIP(20)),
-                   "tracks[0].clips[1].lenght: unknown key"}),
+                   "tracks[0].clips[1].lenght: unknown key"},
+        BadProject{"FileAsAProperty",
+                   CLIP_TRACKS(R"({ "service": "test.clip", "length": 5, "resource": "pictures/beach.png",
+                                   "properties": { "resource": "elsewhere.png" } })"),
+                   "tracks[0].clips[0].properties.resource: a clip names its file with its own \"resource\" key"},
+        // Whatever a file's keys and names hold, a refusal stays one line.
+        BadProject{"KeyWithNewlinesIsEscaped",
+                   R"({ "profile": "hd_720_25p", "tracks": [ { "a\nb\r\tc": [] } ] })",
+                   "tracks[0].a\\nb\\r\\tc: unknown key"},
+        BadProject{"ServiceWithControlCharactersIsEscaped", CLIP_TRACKS(R"({ "service": "ogre.\u0001\u007f", "length": 5 })"),
+                   "tracks[0].clips[0].service: unknown service \"ogre.\\x01\\x7f\""}),
     [](const ::testing::TestParamInfo<BadProject>& info) { return std::string(info.param.name); });
 
 TEST_F(ProjectLoader, ACellFileIsLookedForBesideTheProject) {

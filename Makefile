@@ -9,6 +9,7 @@ ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
+FUZZ_SEED  ?=
 # Seeds of the fuzz targets: each folder's subfolder named after a target
 # when it has one, otherwise the whole folder.
 FUZZ_SEEDS ?= tests/fuzz/seeds tests/fuzz/findings $(wildcard tests/corpus)
@@ -34,7 +35,7 @@ build: configure
 
 test: build farm-deps
 	cd $(BUILD) && $(XVFB) ctest --output-on-failure -j $(JOBS)
-	$(MAKE) fuzz FUZZ_SECONDS=60
+	$(MAKE) fuzz FUZZ_SECONDS=60 FUZZ_SEED=1
 
 # The scheduler and its authentication service, for the cluster test only.
 farm-deps:
@@ -86,12 +87,15 @@ check-tsan: deps
 	  $(XVFB) ./bin/mvn-stress --engine --threads 16 --calls 100
 
 # Each fuzz target for FUZZ_SECONDS (60 by default); fails on a finding,
-# which is left in $(FUZZ_BUILD)/fuzz-findings/<target>/.
+# which is left in $(FUZZ_BUILD)/fuzz-findings/<target>/. The fuzzers draw
+# their mutations at random unless FUZZ_SEED is set: make test sets it, so
+# that what it finds from a clean clone it finds again on the next try and
+# on any machine, while a plain make fuzz keeps looking somewhere new.
 fuzz: deps
 	CC=clang-14 CXX=clang++-14 cmake -S . -B $(FUZZ_BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DMVN_FUZZ=ON -DMVN_BUILD_TESTS=OFF -DMVN_BUILD_BENCH=OFF
 	cmake --build $(FUZZ_BUILD) -j $(JOBS)
-	tests/fuzz/run-fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_SEEDS)
+	FUZZ_SEED=$(FUZZ_SEED) tests/fuzz/run-fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_SEEDS)
 
 # Micro-benchmarks (queue round trip, pools), the GPU paths beside memcpy,
 # then the reference compositions against the ffmpeg command (bench/compose;

@@ -1,7 +1,8 @@
 #!/bin/sh
 # Runs every fuzz target of a fuzz build for SECONDS each (make fuzz).
 #   run-fuzz.sh BUILD SECONDS SEED_DIR...
-# FUZZ_TARGETS="cube decoder" runs only those.
+# FUZZ_TARGETS="cube decoder" runs only those; FUZZ_SEED=N repeats the
+# mutations of an earlier run from the same corpus (random otherwise).
 # Each seed folder gives the target its subfolder of the target's name when
 # it has one (tests/fuzz/seeds/cube), otherwise all of itself. What the
 # fuzzer learns stays in BUILD/fuzz-corpus/<target>; an input that breaks
@@ -32,7 +33,7 @@ for target in ${FUZZ_TARGETS:-project string_forms cube decoder}; do
     log=$build/fuzz-$target.log
     echo "fuzz_$target: $seconds s"
     # shellcheck disable=SC2086
-    if ! "$build/bin/fuzz_$target" -max_total_time="$seconds" -max_len=$max_len -timeout=20 -rss_limit_mb=2560 \
+    if ! "$build/bin/fuzz_$target" ${FUZZ_SEED:+-seed="$FUZZ_SEED"} -max_total_time="$seconds" -max_len=$max_len -timeout=20 -rss_limit_mb=2560 \
         -print_final_stats=1 -artifact_prefix="$findings/" "$corpus" $seeds >"$log" 2>&1; then
         echo "fuzz_$target: FINDING (see $log and $findings)"
         tail -40 "$log"
